@@ -1,0 +1,116 @@
+// fs: every touch of the disk goes through FileSystem, a stateless policy with a
+// Win32-style API over POSIX calls. Paths arrive as UTF-16 and are converted to the
+// locale's multibyte encoding (UTF-8) before each system call; failures come back as
+// the numbered result codes of fs/result_codes.h, never as exceptions. No shell is
+// ever involved in file operations, so no file name can run a command.
+//
+// Threads: all operations may be called from any thread. The last error is one
+// process-wide value, meaningful only right after a handle operation on the same
+// thread (only the kit reader and the installation worker use handles, never at once).
+#pragma once
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+
+#include "fs/result_codes.h"
+#include "text/string.h"
+
+using FileHandle = std::int64_t;
+constexpr FileHandle kNoHandle = -1;
+
+// 100-nanosecond units since 1601-01-01.
+using FileTime = std::uint64_t;
+
+// OpenFile access rights and dispositions.
+constexpr std::uint32_t kGenericRead = 0x80000000u;
+constexpr std::uint32_t kGenericWrite = 0x40000000u;
+constexpr std::uint32_t kGenericReadWrite = 0xC0000000u;
+constexpr std::uint32_t kCreateAlways = 2;     // adds O_CREAT only; writers truncate themselves
+constexpr std::uint32_t kOpenExisting = 3;
+constexpr std::uint32_t kTruncateExisting = 5; // adds O_TRUNC
+
+// SetFilePointer methods.
+constexpr std::uint32_t kFileBegin = 0;
+constexpr std::uint32_t kFileCurrent = 1;
+constexpr std::uint32_t kFileEnd = 2;
+
+constexpr std::uint32_t kAttributeDirectory = 16;
+
+// One directory enumeration, owned by the caller. Destruction closes the stream.
+struct FindData {
+    DIR* stream = nullptr;
+    stdx::mbstring mask;         // last component of the search path (an fnmatch pattern)
+    stdx::mbstring directory;    // everything before the last '/'
+    stdx::mbstring searchPath;   // as given
+    stdx::mbstring currentName;  // last entry that matched
+    struct stat status {};       // stat of the search path at the last match
+
+    FindData() = default;
+    FindData(const FindData&) = delete;
+    FindData& operator=(const FindData&) = delete;
+    ~FindData();
+};
+
+class FileSystem {
+public:
+    // Enumeration. FindNext reports a matching entry only when the search path itself
+    // can be stat'ed, so "dir/*" yields nothing while "dir/name" yields name.
+    static bool FindFirst(FindData& find, const stdx::u16string& path);
+    static bool FindNext(FindData& find);
+    static stdx::u16string GetFindName(const FindData& find);
+    static std::uint32_t GetFindAttributes(const FindData& find);  // 16 for a directory
+    static void FindClose(FindData& find);
+
+    // TMPDIR when it names a directory, else "/var/tmp/"; always ends in '/'. Returns 0.
+    static ResultCode GetTempDirectory(stdx::u16string& path);
+    // Creates a new empty file named prefix + unique suffix in directory, exclusively.
+    // 0, or 1013 when it cannot be made; `name` receives the name either way.
+    static ResultCode CreateTempFile(const stdx::u16string& directory,
+                                     const stdx::u16string& prefix, stdx::u16string& name);
+
+    // 0 when the directory exists afterwards (with all parents), 2 otherwise.
+    static ResultCode CreateDirectory(const stdx::u16string& path);
+    // Recursive removal. Always 0.
+    static ResultCode DeleteDirectory(const stdx::u16string& path);
+    // 0 moved; 2 failed (missing source included). Works across file systems: copies
+    // bytes, mode and times, and removes the source only after a complete copy.
+    static ResultCode MoveFile(const stdx::u16string& from, const stdx::u16string& to);
+    // Unlink. Always 0; a one-line diagnostic on stderr for failures other than ENOENT.
+    static ResultCode DeleteFile(const stdx::u16string& path);
+
+    // Runs a shell command: that is their purpose.
+    static void RunCommand(const stdx::u16string& command);
+    // First line of the command's output without its last character; empty on failure.
+    static stdx::u16string RunCommandOutput(const stdx::u16string& command);
+
+    // 1 when `size` is null or stat fails; else the low 32 bits of the size and 0.
+    static ResultCode GetFileSize(const stdx::u16string& path, std::uint32_t* size);
+    // Free bytes of the temporary directory's volume, saturated at 0xFFFFFFFF.
+    // 87 when `bytes` is null; otherwise 0, with 0 bytes when statvfs fails.
+    static ResultCode GetFreeSpace(std::uint32_t* bytes);
+
+    // Handle operations; each resets the last error first and stores its failure code.
+    static ResultCode OpenFile(const stdx::u16string& path, std::uint32_t access,
+                               std::uint32_t share, std::uint32_t disposition,
+                               FileHandle& handle);
+    static std::uint32_t SetFilePointer(FileHandle handle, std::int32_t low, std::int32_t* high,
+                                        std::uint32_t method);
+    static ResultCode GetLastError();
+    // Reads until `count` bytes or end of file; a short read at end of file is not an error.
+    static ResultCode ReadFile(FileHandle handle, void* buffer, std::uint32_t count,
+                               std::uint32_t* read, void* overlapped);
+    // One write call: callers must compare *written with count themselves.
+    static ResultCode WriteFile(FileHandle handle, const void* buffer, std::uint32_t count,
+                                std::uint32_t* written, void* overlapped);
+    static void CloseFile(FileHandle handle);
+    static ResultCode GetFileTime(FileHandle handle, FileTime* creation, FileTime* access,
+                                  FileTime* write);
+    static ResultCode SetFileTime(FileHandle handle, const FileTime* creation,
+                                  const FileTime* access, const FileTime* write);
+    static ResultCode SetEndOfFile(FileHandle handle);
+
+    static std::int64_t FileTimeToUnixTime(FileTime time);
+    static FileTime UnixTimeToFileTime(std::int64_t seconds);
+};
