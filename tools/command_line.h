@@ -1,0 +1,29 @@
+// Reads the kit tool's command line into the options of one command. Checks only the
+// shape of the arguments; whether paths exist is the command's business. Pure
+// functions; safe from any thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/pack_command.h"
+
+namespace kittool {
+
+enum class Command { kHelp, kPack, kList, kVerify };
+
+struct CommandLine {
+    Command command = Command::kHelp;
+    PackOptions pack;      // for kPack
+    std::string kit_path;  // for kList and kVerify
+};
+
+// `args` excludes the program name. False with a one-line `error` for unknown
+// commands or options, missing or repeated values and a level outside 0-9.
+bool parse_command_line(const std::vector<std::string>& args, CommandLine& line,
+                        std::string& error);
+
+// The usage text, several lines, ending in a line feed.
+const char* usage_text();
+
+}  // namespace kittool

@@ -1,0 +1,51 @@
+// ord8kit: packs, lists and verifies distribution kits for vendors and for our tests.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "tools/command_line.h"
+#include "tools/pack_command.h"
+
+namespace {
+
+constexpr int kExitRefused = 1;
+constexpr int kExitUsage = 2;
+
+int fail(const std::string& message, int status) {
+    std::fprintf(stderr, "ord8kit: %s\n", message.c_str());
+    return status;
+}
+
+int pack(const kittool::PackOptions& options) {
+    kittool::PackSummary summary;
+    std::string error;
+    if (!kittool::run_pack(options, summary, error)) return fail(error, kExitRefused);
+    for (const std::string& warning : summary.warnings)
+        std::fprintf(stderr, "ord8kit: warning: %s\n", warning.c_str());
+    std::printf("%s: %zu product(s), %zu file(s), layout %u, %llu bytes unpacked, %llu packed\n",
+                options.output_path.c_str(), summary.product_count, summary.file_count,
+                static_cast<unsigned>(summary.layout),
+                static_cast<unsigned long long>(summary.inflated_size),
+                static_cast<unsigned long long>(summary.kit_size));
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    kittool::CommandLine line;
+    std::string error;
+    if (!kittool::parse_command_line(args, line, error)) return fail(error, kExitUsage);
+    switch (line.command) {
+        case kittool::Command::kHelp:
+            std::fputs(kittool::usage_text(), stdout);
+            return 0;
+        case kittool::Command::kPack:
+            return pack(line.pack);
+        case kittool::Command::kList:
+        case kittool::Command::kVerify:
+            break;
+    }
+    return fail("not built with the kit reader", kExitRefused);
+}

@@ -1,0 +1,229 @@
+#include "tools/pack_command.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "kit/kit_format.h"
+#include "tools/deflate_writer.h"
+#include "tools/file_time.h"
+#include "tools/kit_tables.h"
+#include "tools/product_list.h"
+#include "tools/source_tree.h"
+#include "tools/utf_conversion.h"
+
+namespace kittool {
+
+namespace {
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+bool convert_field(const std::string& text, const std::string& what, std::u16string& out,
+                   std::string& error) {
+    std::size_t bad_offset = 0;
+    if (utf8_to_utf16(text, out, bad_offset)) return true;
+    error = what + " is not valid UTF-8 (byte " + std::to_string(bad_offset) + ")";
+    return false;
+}
+
+bool collect_products(const PackOptions& options, std::vector<KitProduct>& products,
+                      std::string& error) {
+    std::vector<ProductText> texts;
+    for (const std::string& path : options.manifest_paths)
+        if (!read_manifest(path, texts, error)) return false;
+    for (const std::string& option : options.product_options) {
+        ProductText text;
+        if (!parse_product_option(option, text, error)) return false;
+        texts.push_back(text);
+    }
+    if (!check_languages(texts, error)) return false;
+    for (const ProductText& text : texts) {
+        const std::string what = "product '" + text.language + "': ";
+        KitProduct product;
+        if (!convert_field(text.language, what + "language", product.language, error) ||
+            !convert_field(text.name, what + "name", product.name, error) ||
+            !convert_field(text.vendor, what + "vendor", product.vendor, error) ||
+            !convert_field(text.description, what + "description", product.description, error))
+            return false;
+        products.push_back(product);
+    }
+    return true;
+}
+
+bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFileEntry& entry,
+                     std::string& error) {
+    const std::string quoted = "file '" + source.relative_path + "'";
+    if (source.relative_path.find('\\') != std::string::npos) {
+        error = quoted + ": a backslash in a name would read as a folder separator";
+        return false;
+    }
+    if (!convert_field(source.relative_path, quoted + ": name", entry.name, error)) return false;
+    for (char16_t& unit : entry.name)
+        if (unit == u'/') unit = u'\\';
+    if (!kitformat::is_safe_file_name(entry.name.data(), entry.name.size())) {
+        error = quoted +
+                ": the installer refuses this name (it could leave the templates "
+                "folder)";
+        return false;
+    }
+    if (!unix_seconds_to_file_time(source.modified_seconds, entry.modification_time)) {
+        error = quoted + ": modification time cannot be stored";
+        return false;
+    }
+    if (source.size > kLargestKitField) {
+        error = quoted + " is " + std::to_string(source.size) +
+                " bytes; a kit holds files of at most 4294967295 bytes";
+        return false;
+    }
+    if (offset > kLargestKitField) {
+        error = quoted + " would start beyond the 4 GiB a kit can address";
+        return false;
+    }
+    entry.offset = static_cast<std::uint32_t>(offset);
+    entry.size = static_cast<std::uint32_t>(source.size);
+    return true;
+}
+
+void add_warnings(const TreeListing& listing, const std::vector<KitProduct>& products,
+                  const std::vector<KitFileEntry>& files, std::vector<std::string>& warnings) {
+    for (const std::string& skipped : listing.skipped)
+        warnings.push_back("skipped '" + skipped + "': not a regular file");
+    if (products.empty())
+        warnings.push_back("no product records: the installer will show its default names");
+    if (files.empty()) warnings.push_back("no files: the kit installs nothing");
+    for (const KitProduct& product : products) {
+        if (product.description.empty()) continue;
+        // The installer reads either separator in this path, so compare in kit form.
+        std::u16string wanted = product.description;
+        for (char16_t& unit : wanted)
+            if (unit == u'/') unit = u'\\';
+        bool found = false;
+        for (const KitFileEntry& file : files) found = found || file.name == wanted;
+        if (!found)
+            warnings.push_back(
+                "description file '" +
+                utf16_to_utf8(product.description.data(), product.description.size()) +
+                "' of product '" + utf16_to_utf8(product.language.data(), product.language.size()) +
+                "' is not among the kit's files");
+    }
+}
+
+bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::string& error) {
+    FilePtr in(std::fopen(source.full_path.c_str(), "rb"));
+    if (!in) {
+        error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
+        return false;
+    }
+    static constexpr std::size_t kChunk = 64 * 1024;
+    std::unique_ptr<unsigned char[]> chunk(new unsigned char[kChunk]);
+    std::uint64_t copied = 0;
+    for (;;) {
+        // Ask for one byte more than still expected so that growth is noticed.
+        const std::uint64_t remaining = source.size - copied;
+        const std::size_t wanted =
+            remaining < kChunk ? static_cast<std::size_t>(remaining) + 1 : kChunk;
+        const std::size_t got = std::fread(chunk.get(), 1, wanted, in.get());
+        if (got == 0) break;
+        if (got > remaining) {
+            error = "'" + source.full_path + "' grew while it was being packed";
+            return false;
+        }
+        if (!writer.write(chunk.get(), got, error)) return false;
+        copied += got;
+    }
+    if (std::ferror(in.get())) {
+        error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
+        return false;
+    }
+    if (copied != source.size) {
+        error = "'" + source.full_path + "' shrank while it was being packed";
+        return false;
+    }
+    return true;
+}
+
+// Writes to `path`; messages name `shown_path`, the file the user asked for.
+bool write_kit(const std::string& path, const std::string& shown_path, int level,
+               const std::vector<unsigned char>& tables, const std::vector<SourceFile>& sources,
+               std::uint64_t& kit_size, std::string& error) {
+    FilePtr out(std::fopen(path.c_str(), "wb"));
+    if (!out) {
+        error = "cannot create '" + shown_path + "': " + std::strerror(errno);
+        return false;
+    }
+    RawDeflateWriter writer;
+    if (!writer.start(out.get(), level, error) ||
+        !writer.write(tables.data(), tables.size(), error))
+        return false;
+    for (const SourceFile& source : sources)
+        if (!copy_file_into(writer, source, error)) return false;
+    if (!writer.finish(error)) return false;
+    if (std::fclose(out.release()) != 0) {
+        error = "cannot write '" + shown_path + "': " + std::strerror(errno);
+        return false;
+    }
+    kit_size = writer.bytes_written();
+    // The installer measures the kit with a 32-bit length.
+    if (kit_size > kLargestKitField) {
+        error = "the compressed kit would be " + std::to_string(kit_size) +
+                " bytes; the installer reads at most 4294967295";
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error) {
+    if (options.level < 0 || options.level > 9) {
+        error = "compression level must be 0 to 9";
+        return false;
+    }
+    std::vector<KitProduct> products;
+    if (!collect_products(options, products, error)) return false;
+
+    TreeListing listing;
+    if (!list_source_tree(options.source_dir, options.output_path, listing, error)) return false;
+
+    std::vector<KitFileEntry> files(listing.files.size());
+    std::uint64_t data_size = 0;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (!make_file_entry(listing.files[i], data_size, files[i], error)) return false;
+        data_size += listing.files[i].size;
+    }
+    const std::uint32_t layout = choose_layout(products);
+    const std::vector<unsigned char> tables = encode_kit_tables(layout, products, files);
+    const std::uint64_t inflated_size = tables.size() + data_size;
+    if (inflated_size > kLargestKitField) {
+        error = "the unpacked kit would be " + std::to_string(inflated_size) +
+                " bytes; a kit can address at most 4294967295";
+        return false;
+    }
+
+    const std::string partial_path = options.output_path + ".partial";
+    std::uint64_t kit_size = 0;
+    if (!write_kit(partial_path, options.output_path, options.level, tables, listing.files,
+                   kit_size, error)) {
+        std::remove(partial_path.c_str());
+        return false;
+    }
+    if (std::rename(partial_path.c_str(), options.output_path.c_str()) != 0) {
+        error = "cannot create '" + options.output_path + "': " + std::strerror(errno);
+        std::remove(partial_path.c_str());
+        return false;
+    }
+
+    summary.layout = layout;
+    summary.product_count = products.size();
+    summary.file_count = files.size();
+    summary.inflated_size = inflated_size;
+    summary.kit_size = kit_size;
+    add_warnings(listing, products, files, summary.warnings);
+    return true;
+}
+
+}  // namespace kittool
