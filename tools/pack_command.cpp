@@ -88,6 +88,11 @@ bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFileEntr
     return true;
 }
 
+// The installer matches languages without regard to case.
+bool is_english(const std::u16string& language) {
+    return language.size() == 2 && (language[0] | 0x20) == u'e' && (language[1] | 0x20) == u'n';
+}
+
 void add_warnings(const TreeListing& listing, const std::vector<KitProduct>& products,
                   const std::vector<KitFileEntry>& files, std::vector<std::string>& warnings) {
     for (const std::string& skipped : listing.skipped)
@@ -95,6 +100,13 @@ void add_warnings(const TreeListing& listing, const std::vector<KitProduct>& pro
     if (products.empty())
         warnings.push_back("no product records: the installer will show its default names");
     if (files.empty()) warnings.push_back("no files: the kit installs nothing");
+    bool has_english = false;
+    for (const KitProduct& product : products)
+        has_english = has_english || is_english(product.language);
+    if (!products.empty() && !has_english)
+        warnings.push_back(
+            "no 'en' product: the installer falls back to 'en' for languages "
+            "the kit lacks");
     for (const KitProduct& product : products) {
         if (product.description.empty()) continue;
         // The installer reads either separator in this path, so compare in kit form.
