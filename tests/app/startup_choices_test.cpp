@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,10 +14,13 @@ namespace {
 
 using Text = stdx::u16string;
 
-StartupChoices Choose(const std::vector<const char*>& args, const std::string& locale,
-                      const char* lang) {
-    std::vector<const char*> argv{"installer"};
-    argv.insert(argv.end(), args.begin(), args.end());
+// Runs ChooseStartup on "installer" followed by `args` split at spaces.
+StartupChoices Choose(const std::string& args, const std::string& locale, const char* lang) {
+    std::vector<std::string> words{"installer"};
+    std::istringstream split(args);
+    for (std::string word; split >> word;) words.push_back(word);
+    std::vector<const char*> argv;
+    for (const std::string& word : words) argv.push_back(word.c_str());
     const int argc = static_cast<int>(argv.size());
     argv.push_back(nullptr);
     return ChooseStartup(argc, argv.data(), locale, lang);
@@ -24,107 +28,49 @@ StartupChoices Choose(const std::vector<const char*>& args, const std::string& l
 
 TEST(StartupChoices, FollowTheCommandLineThenTheLocale) {
     struct Case {
-        const char* name;
-        std::vector<const char*> args;
+        const char* args;  // split at spaces
         const char* locale;
-        const char* lang;  // nullptr: LANG unset
+        const char* lang;  // LANG before start-up; nullptr: unset
         bool useCwd;
         bool silent;
         std::int32_t id;
         const char16_t* languageName;
-        std::optional<std::string> langToSet;
+        const char* langToSet;  // nullptr: LANG is left alone
     };
-    const std::optional<std::string> kept;
+    // clang-format off
     const Case cases[] = {
-        {"no arguments", {}, "de_AT", "C", false, false, 7, u"de", kept},
-        {"usecwd", {"usecwd"}, "en_US", "C", true, false, 3, u"en", kept},
-        {"usecwd then options", {"usecwd", "/S", "/Lru"}, "en", "C", true, true, 1, u"ru", kept},
-        {"usecwdX is an argument", {"usecwdX", "/S"}, "en", "C", false, true, 3, u"en", kept},
-        {"usecw is an argument", {"usecw"}, "en", "C", false, false, 3, u"en", kept},
-        {"usecwd must come first", {"/Lde", "usecwd"}, "en", "C", false, false, 7, u"de", kept},
-        {"silent then language", {"/S", "/Lde"}, "en", "C", false, true, 7, u"de", kept},
-        {"language ends the scan", {"/Lde", "/S"}, "en", "C", false, false, 7, u"de", kept},
-        {"unknown code ends the scan", {"/Lxx", "/S"}, "uk_UA", "C", false, false, 2, u"uk", kept},
-        {"empty code", {"/L"}, "it_IT", "C", false, false, 16, u"it", kept},
-        {"codes are case-sensitive", {"/LDE"}, "fr_FR", "C", false, false, 3, u"en", kept},
-        {"three-letter code", {"/Ldeu"}, "es_ES", "C", false, false, 14, u"es", kept},
-        {"dash and lower case", {"-s", "-lde"}, "en", "C", false, true, 7, u"de", kept},
-        {"only the second character counts",
-         {"/Silent", "-Lbg"},
-         "en",
-         "C",
-         false,
-         true,
-         6,
-         u"bg",
-         kept},
-        {"other options and words are ignored",
-         {"/X", "S", "Lde", "/", "-", "/Lkk"},
-         "en",
-         "C",
-         false,
-         false,
-         10,
-         u"kk",
-         kept},
-        {"locale pt_BR with LANG unset",
-         {},
-         "pt_BR",
-         nullptr,
-         false,
-         false,
-         3,
-         u"en",
-         std::string("pt_BR.UTF-8")},
-        {"locale uk_UA with LANG=C", {}, "uk_UA", "C", false, false, 2, u"uk", kept},
-        {"empty LANG counts as unset",
-         {},
-         "hy_AM",
-         "",
-         false,
-         false,
-         15,
-         u"hy",
-         std::string("hy_AM.UTF-8")},
-        {"haw is cut to ha, LANG gets it uncut",
-         {},
-         "haw",
-         nullptr,
-         false,
-         false,
-         3,
-         u"en",
-         std::string("haw.UTF-8")},
-        {"two-byte locale kept whole", {}, "ka", "C", false, false, 9, u"ka", kept},
-        {"one-byte locale", {}, "e", "C", false, false, 3, u"en", kept},
-        {"locale codes are case-sensitive", {}, "EL_GR", "C", false, false, 3, u"en", kept},
-        {"command line wins, LANG untouched",
-         {"/Lvi"},
-         "tr_TR",
-         nullptr,
-         false,
-         false,
-         11,
-         u"vi",
-         kept},
-        {"unknown code falls back and sets LANG",
-         {"/Lzz"},
-         "tr_TR",
-         nullptr,
-         false,
-         false,
-         12,
-         u"tr",
-         std::string("tr_TR.UTF-8")},
+        {"",                    "de_AT", "C",     false, false, 7,  u"de", nullptr},
+        {"usecwd",              "en_US", "C",     true,  false, 3,  u"en", nullptr},
+        {"usecwd /S /Lru",      "en",    "C",     true,  true,  1,  u"ru", nullptr},
+        {"usecwdX /S",          "en",    "C",     false, true,  3,  u"en", nullptr},
+        {"/Lde usecwd",         "en",    "C",     false, false, 7,  u"de", nullptr},
+        {"/S /Lde",             "en",    "C",     false, true,  7,  u"de", nullptr},
+        {"/Lde /S",             "en",    "C",     false, false, 7,  u"de", nullptr},
+        {"/Lxx /S",             "uk_UA", "C",     false, false, 2,  u"uk", nullptr},
+        {"/L",                  "it_IT", "C",     false, false, 16, u"it", nullptr},
+        {"/LDE",                "fr_FR", "C",     false, false, 3,  u"en", nullptr},
+        {"/Ldeu",               "es_ES", "C",     false, false, 14, u"es", nullptr},
+        {"-s -lde",             "en",    "C",     false, true,  7,  u"de", nullptr},
+        {"/Silent -Lbg",        "en",    "C",     false, true,  6,  u"bg", nullptr},
+        {"/X S Lde / - /Lkk",   "en",    "C",     false, false, 10, u"kk", nullptr},
+        {"",                    "pt_BR", nullptr, false, false, 3,  u"en", "pt_BR.UTF-8"},
+        {"",                    "uk_UA", "C",     false, false, 2,  u"uk", nullptr},
+        {"",                    "hy_AM", "",      false, false, 15, u"hy", "hy_AM.UTF-8"},
+        {"",                    "haw",   nullptr, false, false, 3,  u"en", "haw.UTF-8"},
+        {"",                    "hye",   "C",     false, false, 15, u"hy", nullptr},
+        {"",                    "e",     "C",     false, false, 3,  u"en", nullptr},
+        {"/Lvi",                "tr_TR", nullptr, false, false, 11, u"vi", nullptr},
+        {"/Lzz",                "tr_TR", nullptr, false, false, 12, u"tr", "tr_TR.UTF-8"},
     };
+    // clang-format on
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(std::string("args \"") + c.args + "\" locale " + c.locale);
         const StartupChoices choices = Choose(c.args, c.locale, c.lang);
         EXPECT_EQ(choices.useCwd, c.useCwd);
         EXPECT_EQ(choices.silent, c.silent);
         EXPECT_EQ(choices.languageId, c.id);
         EXPECT_EQ(choices.languageName, Text(c.languageName));
-        EXPECT_EQ(choices.langToSet, c.langToSet);
+        EXPECT_EQ(choices.langToSet.value_or("<none>"), c.langToSet ? c.langToSet : "<none>");
     }
 }
 
@@ -156,7 +102,7 @@ class ApplyStartupChoicesTest : public ::testing::Test {
 
 TEST_F(ApplyStartupChoicesTest, SetsLangAndReturnsTheTitleInTheChosenLanguage) {
     unsetenv("LANG");
-    const StartupChoices choices = Choose({"/Lxx"}, "bg_BG", std::getenv("LANG"));
+    const StartupChoices choices = Choose("/Lxx", "bg_BG", std::getenv("LANG"));
     const Text title = ApplyStartupChoices(choices);
     ASSERT_NE(std::getenv("LANG"), nullptr);
     EXPECT_STREQ(std::getenv("LANG"), "bg_BG.UTF-8");
@@ -166,7 +112,7 @@ TEST_F(ApplyStartupChoicesTest, SetsLangAndReturnsTheTitleInTheChosenLanguage) {
 
 TEST_F(ApplyStartupChoicesTest, LeavesLangAloneWhenNotAsked) {
     setenv("LANG", "C", 1);
-    const StartupChoices choices = Choose({"/Lel"}, "de_DE", std::getenv("LANG"));
+    const StartupChoices choices = Choose("/Lel", "de_DE", std::getenv("LANG"));
     const Text title = ApplyStartupChoices(choices);
     EXPECT_STREQ(std::getenv("LANG"), "C");
     EXPECT_EQ(title, CatalogueLanguages().at(13).texts.at("IDS_TITLE_INSTALLER"));
