@@ -20,6 +20,16 @@ stdx::u16string ToText(const std::string& code) {
     return text;
 }
 
+// Step shared by the language option and the locale: adopt `code` when the catalogue
+// knows it.
+bool AdoptLanguage(const std::string& code, StartupChoices& choices) {
+    const std::int32_t id = FindLanguage(code);
+    if (id == 0) return false;
+    choices.languageId = id;
+    choices.languageName = ToText(code);
+    return true;
+}
+
 }  // namespace
 
 StartupChoices ChooseStartup(int argc, const char* const* argv, const std::string& localeId,
@@ -41,12 +51,7 @@ StartupChoices ChooseStartup(int argc, const char* const* argv, const std::strin
         if (kind == 'S' || kind == 's') {
             choices.silent = true;
         } else if (kind == 'L' || kind == 'l') {
-            const std::string code(arg + 2);
-            const std::int32_t id = FindLanguage(code);
-            if (id != 0) {
-                choices.languageId = id;
-                choices.languageName = ToText(code);
-            }
+            AdoptLanguage(arg + 2, choices);
             break;
         }
     }
@@ -56,13 +61,7 @@ StartupChoices ChooseStartup(int argc, const char* const* argv, const std::strin
             choices.langToSet = localeId + ".UTF-8";
         const std::string code =
             localeId.size() > kLocaleCodeLength ? localeId.substr(0, kLocaleCodeLength) : localeId;
-        const std::int32_t id = FindLanguage(code);
-        if (id != 0) {
-            choices.languageId = id;
-            choices.languageName = ToText(code);
-        } else {
-            choices.languageId = kDefaultLanguageId;
-        }
+        if (!AdoptLanguage(code, choices)) choices.languageId = kDefaultLanguageId;
     }
     return choices;
 }
