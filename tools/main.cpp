@@ -5,14 +5,16 @@
 
 #include "tools/command_line.h"
 #include "tools/pack_command.h"
+#include "tools/utf_conversion.h"
 
 namespace {
 
 constexpr int kExitRefused = 1;
 constexpr int kExitUsage = 2;
 
+// Messages quote file names and kit text; escaping keeps each message on one line.
 int fail(const std::string& message, int status) {
-    std::fprintf(stderr, "ord8kit: %s\n", message.c_str());
+    std::fprintf(stderr, "ord8kit: %s\n", kittool::escape_control_bytes(message).c_str());
     return status;
 }
 
@@ -21,7 +23,8 @@ int pack(const kittool::PackOptions& options) {
     std::string error;
     if (!kittool::run_pack(options, summary, error)) return fail(error, kExitRefused);
     for (const std::string& warning : summary.warnings)
-        std::fprintf(stderr, "ord8kit: warning: %s\n", warning.c_str());
+        std::fprintf(stderr, "ord8kit: warning: %s\n",
+                     kittool::escape_control_bytes(warning).c_str());
     std::printf("%s: %zu product(s), %zu file(s), layout %u, %llu bytes unpacked, %llu packed\n",
                 options.output_path.c_str(), summary.product_count, summary.file_count,
                 static_cast<unsigned>(summary.layout),

@@ -95,8 +95,7 @@ std::string utf16_to_utf8(const char16_t* units, std::size_t count) {
     return out;
 }
 
-std::string utf16_for_display(const char16_t* units, std::size_t count) {
-    const std::string text = utf16_to_utf8(units, count);
+std::string escape_control_bytes(const std::string& text) {
     std::string shown;
     shown.reserve(text.size());
     for (const char c : text) {
@@ -111,6 +110,10 @@ std::string utf16_for_display(const char16_t* units, std::size_t count) {
         shown.push_back(kHex[byte & 0xF]);
     }
     return shown;
+}
+
+std::string utf16_for_display(const char16_t* units, std::size_t count) {
+    return escape_control_bytes(utf16_to_utf8(units, count));
 }
 
 }  // namespace kittool

@@ -18,8 +18,11 @@ bool utf8_to_utf16(const std::string& utf8, std::u16string& out, std::size_t& ba
 // Encodes UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD.
 std::string utf16_to_utf8(const char16_t* units, std::size_t count);
 
-// As utf16_to_utf8, with control characters (below U+0020, and U+007F) shown as "\xHH"
-// so that kit text can never break a line of the tool's output.
+// Shows control bytes (below 0x20, and 0x7F) as "\xHH", so that text from a kit or a
+// file name can never break a line of the tool's output.
+std::string escape_control_bytes(const std::string& text);
+
+// utf16_to_utf8 followed by escape_control_bytes.
 std::string utf16_for_display(const char16_t* units, std::size_t count);
 
 }  // namespace kittool

@@ -94,6 +94,11 @@ TEST(CommandLine, PackFailuresGiveOneLineAndStatusOne) {
         run_tool({"pack", dir / "src", "-o", dir / "k.dkz", "--manifest", dir / "manifest.txt"}), 1,
         "manifest line 1: expected 5 tab-separated fields");
     EXPECT_FALSE(kittool_test::fs::exists(dir / "k.dkz"));
+
+    // A refused name with a line feed in it still makes a single line.
+    write_file(dir / "odd/back\\slash\nline.txt", "x");
+    expect_one_line_error(run_tool({"pack", dir / "odd", "-o", dir / "k.dkz"}), 1,
+                          "file 'back\\slash\\x0aline.txt': a backslash");
 }
 
 TEST(CommandLine, PackReportsWhatItWroteAndWarnsOnStderr) {
