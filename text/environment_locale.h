@@ -1,0 +1,28 @@
+// Internal to text/: makes the environment's character-type locale the calling
+// thread's locale for one conversion, then puts the thread's previous locale
+// back. Never touches the process-wide locale, so conversions on different
+// threads do not race. Each scope belongs to the thread that made it, and
+// scopes must not nest: code inside one must not convert again.
+#pragma once
+
+#include <locale.h>
+
+namespace stdx {
+namespace detail {
+
+class EnvironmentLocaleScope {
+  public:
+    // Uses the locale that LC_ALL, LC_CTYPE and LANG name; when that locale is
+    // not installed, a UTF-8 locale that always is, so UTF-8 text still converts.
+    EnvironmentLocaleScope();
+    ~EnvironmentLocaleScope();
+    EnvironmentLocaleScope(const EnvironmentLocaleScope&) = delete;
+    EnvironmentLocaleScope& operator=(const EnvironmentLocaleScope&) = delete;
+
+  private:
+    locale_t owned_;  // made for this scope alone, or none when the thread's cache serves
+    locale_t previous_;
+};
+
+}  // namespace detail
+}  // namespace stdx
