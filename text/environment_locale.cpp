@@ -1,8 +1,10 @@
 #include "text/environment_locale.h"
 
 #include <cstdlib>
-#include <cstring>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 namespace stdx {
 namespace detail {
@@ -25,71 +27,91 @@ locale_t make_environment_locale() {
     return made;
 }
 
-// The variables that choose the character-type locale, in the order the C
-// library consults them.
+// The variables that choose the character-type locale.
 constexpr const char* kLocaleVariables[] = {"LC_ALL", "LC_CTYPE", "LANG"};
 constexpr std::size_t kVariableCount = sizeof(kLocaleVariables) / sizeof(kLocaleVariables[0]);
 
-// Making a locale costs tens of microseconds, far more than a conversion, so
-// each thread keeps the one it made for as long as the variables above keep
-// their values. Start-up may still change LANG before (or between)
-// conversions: the values are compared on every use.
-class ThreadLocaleCache {
-  public:
-    ThreadLocaleCache() = default;
-    ThreadLocaleCache(const ThreadLocaleCache&) = delete;
-    ThreadLocaleCache& operator=(const ThreadLocaleCache&) = delete;
-    ~ThreadLocaleCache();
+struct Setting {
+    bool present[kVariableCount] = {};
+    std::string values[kVariableCount];
 
-    locale_t current() {
-        const char* now[kVariableCount];
-        for (std::size_t i = 0; i < kVariableCount; ++i) now[i] = std::getenv(kLocaleVariables[i]);
-        if (locale_ == locale_t(0) || !same_environment(now)) {
-            if (locale_ != locale_t(0)) freelocale(locale_);
-            locale_ = make_environment_locale();
-            for (std::size_t i = 0; i < kVariableCount; ++i) {
-                present_[i] = now[i] != nullptr;
-                values_[i] = now[i] != nullptr ? now[i] : "";
-            }
+    static Setting current() {
+        Setting now;
+        for (std::size_t i = 0; i < kVariableCount; ++i) {
+            const char* value = std::getenv(kLocaleVariables[i]);
+            now.present[i] = value != nullptr;
+            if (value != nullptr) now.values[i] = value;
         }
-        return locale_;
+        return now;
     }
 
-  private:
-    bool same_environment(const char* const* now) const {
+    bool operator==(const Setting& other) const {
         for (std::size_t i = 0; i < kVariableCount; ++i) {
-            if (present_[i] != (now[i] != nullptr)) return false;
-            if (now[i] != nullptr && values_[i] != now[i]) return false;
+            if (present[i] != other.present[i] || values[i] != other.values[i]) return false;
         }
         return true;
     }
 
-    locale_t locale_ = locale_t(0);
-    bool present_[kVariableCount] = {};
-    std::string values_[kVariableCount];
+    // Compares without copying the values, since this runs on every conversion.
+    bool is_current() const {
+        for (std::size_t i = 0; i < kVariableCount; ++i) {
+            const char* value = std::getenv(kLocaleVariables[i]);
+            if (present[i] != (value != nullptr)) return false;
+            if (value != nullptr && values[i] != value) return false;
+        }
+        return true;
+    }
 };
 
-thread_local ThreadLocaleCache thread_cache;
-// Trivially destructible, so it can still be read after the cache is gone:
-// conversions run from destructors at thread or process exit then make their
-// own locale.
-thread_local bool thread_cache_gone = false;
+struct LocaleEntry {
+    Setting setting;
+    locale_t locale;
+};
 
-ThreadLocaleCache::~ThreadLocaleCache() {
-    if (locale_ != locale_t(0)) freelocale(locale_);
-    thread_cache_gone = true;
+// Making a locale costs tens of microseconds, far more than a conversion, so
+// one is made per distinct setting of the variables (a handful per run at
+// most) and kept for the life of the process. Never freeing them is what makes
+// sharing them across threads safe: the C library frees a locale's conversion
+// tables along with its last user, possibly while another thread still reads
+// them. Entries are never destroyed, not even at exit, because conversions may
+// still run from other threads or from destructors then.
+struct Registry {
+    std::mutex mutex;
+    std::vector<std::unique_ptr<const LocaleEntry>> entries;
+};
+Registry& registry() {
+    static Registry* const kept = new Registry();
+    return *kept;
+}
+
+// The entry this thread used last; start-up may change LANG, so it is checked
+// against the environment on every use.
+thread_local const LocaleEntry* thread_entry = nullptr;
+
+locale_t environment_locale() {
+    if (thread_entry == nullptr || !thread_entry->setting.is_current()) {
+        Setting now = Setting::current();
+        Registry& kept = registry();
+        std::lock_guard<std::mutex> lock(kept.mutex);
+        const LocaleEntry* found = nullptr;
+        for (const auto& entry : kept.entries) {
+            if (entry->setting == now) found = entry.get();
+        }
+        if (found == nullptr) {
+            kept.entries.push_back(std::make_unique<const LocaleEntry>(
+                LocaleEntry{std::move(now), make_environment_locale()}));
+            found = kept.entries.back().get();
+        }
+        thread_entry = found;
+    }
+    return thread_entry->locale;
 }
 
 }  // namespace
 
-EnvironmentLocaleScope::EnvironmentLocaleScope()
-    : owned_(thread_cache_gone ? make_environment_locale() : locale_t(0)),
-      previous_(uselocale(owned_ != locale_t(0) ? owned_ : thread_cache.current())) {}
+EnvironmentLocaleScope::EnvironmentLocaleScope() : previous_(uselocale(environment_locale())) {}
 
-EnvironmentLocaleScope::~EnvironmentLocaleScope() {
-    uselocale(previous_);
-    if (owned_ != locale_t(0)) freelocale(owned_);
-}
+EnvironmentLocaleScope::~EnvironmentLocaleScope() { uselocale(previous_); }
 
 }  // namespace detail
 }  // namespace stdx

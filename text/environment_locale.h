@@ -1,8 +1,7 @@
 // Internal to text/: makes the environment's character-type locale the calling
 // thread's locale for one conversion, then puts the thread's previous locale
 // back. Never touches the process-wide locale, so conversions on different
-// threads do not race. Each scope belongs to the thread that made it, and
-// scopes must not nest: code inside one must not convert again.
+// threads do not race. Each scope belongs to the thread that made it.
 #pragma once
 
 #include <locale.h>
@@ -20,7 +19,6 @@ class EnvironmentLocaleScope {
     EnvironmentLocaleScope& operator=(const EnvironmentLocaleScope&) = delete;
 
   private:
-    locale_t owned_;  // made for this scope alone, or none when the thread's cache serves
     locale_t previous_;
 };
 

@@ -15,7 +15,7 @@ using stdx::mbstring;
 using stdx::u16string;
 
 constexpr int kThreads = 4;
-constexpr int kRounds = 300;
+constexpr int kRounds = 1000;
 
 TEST(TextConcurrency, ThreadsConvertBothWaysAtOnce) {
     setenv("LANG", "C.UTF-8", 1);
@@ -39,29 +39,34 @@ TEST(TextConcurrency, ThreadsConvertBothWaysAtOnce) {
 }
 
 TEST(TextConcurrency, SharedBlocksAreCopiedChangedAndReleasedOnManyThreads) {
-    const u16string original(40, u'o');
-    {
-        // Copies made here are released by the other threads; their own copies
-        // are changed there while the block is still shared.
-        std::vector<std::vector<u16string>> handed_over(kThreads);
-        for (auto& copies : handed_over) copies.assign(kRounds, original);
-        std::vector<int> failures(kThreads, 0);
-        std::vector<std::thread> threads;
-        for (int t = 0; t < kThreads; ++t) {
-            threads.emplace_back([&, t] {
-                for (int i = 0; i < kRounds; ++i) {
-                    u16string mine = original;
-                    mine.push_back(static_cast<char16_t>(u'a' + t));
-                    if (mine.size() != 41 || original.size() != 40) ++failures[t];
-                    handed_over[t][i].clear();
-                }
-            });
-        }
-        for (auto& thread : threads) thread.join();
-        for (int t = 0; t < kThreads; ++t) EXPECT_EQ(failures[t], 0) << "thread " << t;
+    // Many blocks, each shared by the main thread and every worker: a block dies
+    // on whichever thread lets go last, right after the others read it.
+    std::vector<u16string> originals;
+    std::vector<u16string> expected;  // equal text in blocks of their own
+    for (int i = 0; i < kRounds; ++i) {
+        originals.push_back(u16string(40, u'o') + stdx::integer_to_text<u16string>(i));
+        expected.push_back(u16string(40, u'o') + stdx::integer_to_text<u16string>(i));
     }
-    EXPECT_EQ(original.use_count(), 1u);
-    EXPECT_EQ(original, u16string(40, u'o'));
+    std::vector<std::vector<u16string>> handed_over(kThreads, originals);
+    std::vector<int> failures(kThreads, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < kRounds; ++i) {
+                u16string& mine = handed_over[t][i];
+                if (mine != expected[i]) ++failures[t];
+                if (t % 2 == 0) {
+                    mine.erase(0, 1);  // a private copy, or in place once alone
+                    if (mine.use_count() != 1) ++failures[t];
+                }
+                mine.clear();
+            }
+        });
+    }
+    originals.clear();
+    for (auto& thread : threads) thread.join();
+    for (int t = 0; t < kThreads; ++t) EXPECT_EQ(failures[t], 0) << "thread " << t;
+    for (const u16string& s : expected) EXPECT_EQ(s.use_count(), 1u);
 }
 
 }  // namespace
