@@ -60,9 +60,7 @@ class basic_string {
 
     basic_string() noexcept { set_in_place_length(0); }
     // A null pointer reads as the empty text.
-    basic_string(const C* s) : basic_string() {
-        if (s != nullptr) assign(s, Traits::length(s));
-    }
+    basic_string(const C* s) : basic_string() { assign(s); }
     basic_string(const C* s, size_type n) : basic_string() { assign(s, n); }
     basic_string(size_type n, C c) : basic_string() { append(n, c); }
     basic_string(const basic_string& other) noexcept
