@@ -8,19 +8,21 @@
 // - In-place form: the mode word holds the length, which is below the room
 //   (at most 11 UTF-16 units or 23 bytes); the units follow, then a zero unit.
 //   A string is in this form exactly when its length allows it.
-// - Heap form: the mode word holds the room (12 or 24); the room holds the block,
-//   the end of the text and the block's text capacity. The block starts with a
-//   64-bit atomic reference count, followed by the units and a zero unit.
+// - Heap form: the mode word holds the room's size in units (12 or 24); the room
+//   holds the block, the end of the text and the block's text capacity. The
+//   block starts with a 64-bit atomic reference count, then the units and a
+//   zero unit.
 // - Copies share the block. Every change first gives the string a block of its
 //   own when the count is not 1, so no change is ever seen through a copy.
 // - Block room counts the reference count as units (4 UTF-16 units, 8 bytes).
 //   Needed room is new length + those units. A block that is too small is
-//   replaced by one of the needed room, or for appends by one of at least 1.5
-//   times the current room. The room in bytes is rounded up: below 257 to a
-//   multiple of 8, below 513 to 16, below 1,024 to 32, below 2,048 to 64, below
-//   4,096 to 128, below 8,192 to 256, below 16,384 to 512, not at all from
-//   16,384. The terminator's unit lies beyond the room, so a text that fills the
-//   room exactly is still terminated.
+//   replaced by one of the needed room or, for appends (append, push_back, +=),
+//   by one of the larger of the needed room and 1.5 times the current room.
+// - Room in bytes is rounded up: below 257 to a multiple of 8, below 513 to 16,
+//   below 1,024 to 32, below 2,048 to 64, below 4,096 to 128, below 8,192 to
+//   256, below 16,384 to 512, and not at all from 16,384 on.
+// - The terminator's unit lies beyond the room, so a text that fills the room
+//   exactly is still terminated.
 // - Lengths of 0x7FFFFFFFFFFFFFFF units or more throw
 //   std::length_error("basic_string"); positions past the end given to substr,
 //   erase or insert throw std::out_of_range("basic_string"). A block too large

@@ -4,14 +4,15 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace stdx {
 namespace detail {
 namespace {
 
-// glibc builds "C.UTF-8" in; macOS has no such name but a character-type
-// locale called plain "UTF-8".
+// Linux C libraries build "C.UTF-8" in; macOS has no such name but a
+// character-type locale called plain "UTF-8".
 #if defined(__APPLE__)
 constexpr const char* kFallbackLocale = "UTF-8";
 #else

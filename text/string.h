@@ -1,14 +1,13 @@
 // The text module holds all text of the installer as values of one string type:
-// stdx::u16string (UTF-16 code units) for everything the program shows or keeps,
-// and its byte twin stdx::mbstring for text handed to the C library and the
-// shell. Short text lives inside the object; longer text lives in a heap block
-// shared between copies through an atomic reference count and copied before any
-// change. Conversions to and from the environment's multibyte encoding live in
-// text/encoding.h. The module does no I/O, keeps no global state, never treats
-// surrogate pairs specially and never throws except for the length and position
-// errors listed below. Threading: one string object belongs to one thread at a
-// time, while copies sharing a block may be made, changed and released on any
-// threads at once.
+// stdx::u16string (UTF-16 code units) for everything the program shows or keeps, and its byte
+// twin stdx::mbstring for text handed to the C library and the shell. Short text lives inside
+// the object; longer text lives in a heap block shared between copies through an atomic
+// reference count and copied before any change. Conversions to and from the environment's
+// multibyte encoding live in text/encoding.h. The module does no I/O, never changes the
+// process-wide locale, never treats surrogate pairs specially, and throws only the length and
+// position errors listed below (or std::bad_alloc when memory runs out). Threading: one string
+// object belongs to one thread at a time, while copies sharing a block may be made, changed and
+// released on any threads at once; conversions may run on any threads at once.
 //
 // Members of stdx::basic_string<C, fix_char_traits<C>> other modules may use:
 //   ctors: (), (const C*), (const C*, size_type), (size_type n, C c), copy, move
