@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "fs/file_system.h"
 #include "test_support.h"
 
@@ -85,4 +87,12 @@ TEST(DeleteFile, RemovesFilesAndComplainsOnlyAboutRealFailures) {
     EXPECT_NE(std::string::npos, diagnostic.find(scratch / "dir"));
     EXPECT_EQ(1, std::count(diagnostic.begin(), diagnostic.end(), '\n'));
     EXPECT_TRUE(Exists(scratch / "dir"));
+
+    // A newline in the name is shown escaped, so the diagnostic stays one line.
+    ASSERT_EQ(0, mkdir((scratch / "two\nlines").c_str(), 0755));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(kOk, FileSystem::DeleteFile(U16(scratch / "two\nlines")));
+    const std::string escaped = testing::internal::GetCapturedStderr();
+    EXPECT_NE(std::string::npos, escaped.find("two\\012lines")) << escaped;
+    EXPECT_EQ(1, std::count(escaped.begin(), escaped.end(), '\n'));
 }
