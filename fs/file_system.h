@@ -87,10 +87,10 @@ class FileSystem {
     // into. An existing file at `to` is replaced; an existing directory only when it is
     // empty and `from` is one too. 0 moved; 2 failed (a missing source included).
     // Across file systems, files and whole directory trees are copied (bytes, mode,
-    // access and modification times; links as links; devices, pipes and sockets are
-    // refused) under a hidden name beside `to`, renamed into place when complete, and
-    // only then is the source removed. A failed copy leaves the source and any old `to`
-    // untouched and no partial copy behind.
+    // access and modification times in whole seconds; links as links; devices, pipes
+    // and sockets are refused) under a hidden name beside `to`, renamed into place
+    // when complete, and only then is the source removed. A failed copy leaves the
+    // source and any old `to` untouched and no partial copy behind.
     static ResultCode MoveFile(const stdx::u16string& from, const stdx::u16string& to);
     // Unlink. Always 0; one line on stderr (control characters escaped) for failures
     // other than "not there".

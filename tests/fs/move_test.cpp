@@ -1,11 +1,10 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <memory>
 
 #include "fs/file_system.h"
-#include "fs/platform.h"
 #include "test_support.h"
 
 namespace {
@@ -55,9 +54,9 @@ TEST_F(CrossVolumeMove, DirectoryTreeArrivesWholeWithModesTimesAndLinks) {
     WriteText(from + "/locked/inside", "inside");
     ASSERT_EQ(0, symlink("sub/big", (from + "/link").c_str()));
     ASSERT_EQ(0, chmod((from + "/locked").c_str(), 0555));
-    const timespec times[2] = {{1400000000, 0}, {1500000000, 123456789}};
-    ASSERT_EQ(0, utimensat(AT_FDCWD, (from + "/sub/big").c_str(), times, 0));
-    ASSERT_EQ(0, utimensat(AT_FDCWD, (from + "/sub").c_str(), times, 0));
+    const timeval times[2] = {{1400000000, 0}, {1500000000, 0}};
+    ASSERT_EQ(0, utimes((from + "/sub/big").c_str(), times));
+    ASSERT_EQ(0, utimes((from + "/sub").c_str(), times));
 
     ASSERT_EQ(kOk, FileSystem::MoveFile(U16(from), U16(to)));
     EXPECT_TRUE(EntriesOf(here.path()).empty());
@@ -66,8 +65,7 @@ TEST_F(CrossVolumeMove, DirectoryTreeArrivesWholeWithModesTimesAndLinks) {
         // Checked before reading, which may touch the access time.
         const struct stat status = StatOf(path);
         EXPECT_EQ(1400000000, status.st_atime) << path;
-        EXPECT_EQ(times[1].tv_sec, fsdetail::ModifyTimeOf(status).tv_sec) << path;
-        EXPECT_EQ(times[1].tv_nsec, fsdetail::ModifyTimeOf(status).tv_nsec) << path;
+        EXPECT_EQ(1500000000, status.st_mtime) << path;
     }
     EXPECT_EQ(0555u, StatOf(to + "/locked").st_mode & 07777);
     EXPECT_TRUE(S_ISLNK(StatOf(to + "/link").st_mode));
