@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tools/command_line.h"
+#include "tools/kit_commands.h"
 #include "tools/pack_command.h"
 #include "tools/utf_conversion.h"
 
@@ -33,6 +34,22 @@ int pack(const kittool::PackOptions& options) {
     return 0;
 }
 
+int list(const std::string& kit_path) {
+    std::string listing, error;
+    if (!kittool::list_kit(kit_path, listing, error))
+        return fail(kit_path + ": " + error, kExitRefused);
+    std::fputs(listing.c_str(), stdout);
+    return 0;
+}
+
+int verify(const std::string& kit_path) {
+    std::string summary, error;
+    if (!kittool::verify_kit(kit_path, summary, error))
+        return fail(kit_path + ": " + error, kExitRefused);
+    std::printf("%s: %s\n", kit_path.c_str(), summary.c_str());
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -47,8 +64,9 @@ int main(int argc, char** argv) {
         case kittool::Command::kPack:
             return pack(line.pack);
         case kittool::Command::kList:
+            return list(line.kit_path);
         case kittool::Command::kVerify:
-            break;
+            return verify(line.kit_path);
     }
-    return fail("not built with the kit reader", kExitRefused);
+    return kExitUsage;
 }

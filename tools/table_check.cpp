@@ -106,9 +106,9 @@ FileRange check_file_record(const KitReader& kit, std::uint64_t at, std::uint64_
         name[i] = static_cast<char16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
     const std::string shown = utf16_for_display(name.data(), name.size());
     if (!kitformat::is_safe_file_name(name.data(), name.size()))
-        throw Refusal{at_byte(what, at) + ": name '" + shown +
-                      "' is empty, holds a zero unit, starts with a separator or drive "
-                      "letter, or has a '..' segment"};
+        throw Refusal{at_byte(what, at) + ": unsafe name '" + shown +
+                      "' (empty, zero unit, leading separator or drive letter, or '..' "
+                      "segment)"};
 
     unsigned char fixed[kitformat::kFileFixedFieldsSize];
     if (!kit.read(fields_at, end, fixed, sizeof fixed))

@@ -44,9 +44,7 @@ std::string source_path(const std::string& relative) {
     return std::string(root != nullptr ? root : ".") + "/" + relative;
 }
 
-[[maybe_unused]] std::string reference_kit(const std::string& name) {
-    return source_path("tests/data/kit/" + name);
-}
+std::string reference_kit(const std::string& name) { return source_path("tests/data/kit/" + name); }
 
 // One line on stderr, naming the tool, holding `fragment`; nothing on stdout.
 void expect_one_line_error(const ToolRun& run, int status, const std::string& fragment) {
@@ -112,6 +110,99 @@ TEST(CommandLine, PackReportsWhatItWroteAndWarnsOnStderr) {
     EXPECT_EQ(run.err,
               "ord8kit: warning: no product records: the installer will show its default "
               "names\n");
+}
+
+TEST(CommandLine, VerifyAcceptsSoundKitsWithOneSummaryLine) {
+    const struct {
+        const char* kit;
+        const char* summary;
+    } cases[] = {
+        {"dynamic-level9.dkz", "sound: 3 product(s), 4 file(s), 7273 bytes unpacked\n"},
+        {"stored-level0.dkz", "sound: 2 product(s), 3 file(s), 7025 bytes unpacked\n"},
+        {"fixed-level1.dkz", "sound: 1 product(s), 1 file(s), 110 bytes unpacked\n"},
+        {"single-product.dkz", "sound: 1 product(s), 1 file(s), 215 bytes unpacked\n"},
+        {"empty-tables.dkz", "sound: 0 product(s), 0 file(s), 12 bytes unpacked\n"},
+        {"layout-ffffffff.dkz", "sound: 1 product(s), 1 file(s), 247 bytes unpacked\n"},
+        {"padded-records.dkz", "sound: 2 product(s), 2 file(s), 635 bytes unpacked\n"},
+        {"exact-32k.dkz", "sound: 1 product(s), 1 file(s), 65536 bytes unpacked\n"},
+    };
+    for (const auto& c : cases) {
+        const ToolRun run = run_tool({"verify", reference_kit(c.kit)});
+        EXPECT_EQ(run.status, 0) << c.kit << ": " << run.err;
+        EXPECT_EQ(run.out, reference_kit(c.kit) + ": " + c.summary);
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+TEST(CommandLine, VerifyNamesTheFirstProblemAndTheReadersAnswer) {
+    const struct {
+        const char* kit;
+        const char* reason;
+    } cases[] = {
+        {"truncated.dkz",
+         "the deflate stream ends early, after 472 kit bytes and 748 unpacked: the kit is "
+         "truncated; the installer's reader answers 13 (damaged data)"},
+        {"empty.dkz", "ends early, after 0 kit bytes"},
+        {"trailing-bytes.dkz",
+         "15 bytes follow the end of the deflate stream; the installer's reader answers 0"},
+        {"zlib-header.dkz", "the deflate data is corrupt near kit byte"},
+        {"overrunning-record.dkz", "file record 1 name at byte 134 (40 units) runs past its"},
+        {"huge-count.dkz", "file count 4294967295 cannot fit"},
+        {"dotdot-name.dkz", "unsafe name 'reports\\..\\..\\outside.txt'"},
+        {"short-record.dkz",
+         "length 8 is below the 20 its fields need; the installer's reader "
+         "answers 13 (damaged data)"},
+        {"data-outside.dkz", "lies outside the 60-byte kit"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.kit);
+        const ToolRun run = run_tool({"verify", reference_kit(c.kit)});
+        expect_one_line_error(run, 1, std::string("ord8kit: ") + reference_kit(c.kit) + ": ");
+        EXPECT_NE(run.err.find(c.reason), std::string::npos) << run.err;
+    }
+    expect_one_line_error(run_tool({"verify", reference_kit("absent.dkz")}), 1,
+                          "cannot read '" + reference_kit("absent.dkz") + "'");
+}
+
+TEST(CommandLine, ListShowsWhatTheReaderLoads) {
+    const ToolRun run = run_tool({"list", reference_kit("dynamic-level9.dkz")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out,
+              "product\ten\tReport Templates\tExample Works\tdocs\\about-en.html\n"
+              "product\tru\t\xD0\xA8\xD0\xB0\xD0\xB1\xD0\xBB\xD0\xBE\xD0\xBD\xD1\x8B "
+              "\xD0\xBE\xD1\x82\xD1\x87\xD1\x91\xD1\x82\xD0\xBE\xD0\xB2\t"
+              "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xBC\xD0\xB5\xD1\x80\tdocs\\about-en.html\n"
+              "product\tde\tBerichtsvorlagen\tBeispielwerk\tdocs\\about-en.html\n"
+              "file\t160\t2024-03-01T09:30:00Z\tconfig\\service.cfg\n"
+              "file\t75\t2024-03-01T09:30:00Z\tdocs\\about-en.html\n"
+              "file\t6360\t2000-01-01T00:00:00Z\treports\\monthly\\summary.txt\n"
+              "file\t74\t2024-03-01T09:30:00Z\treports\\\xD0\xBE\xD1\x82\xD1\x87\xD1\x91\xD1\x82"
+              ".txt\n");
+
+    const ToolRun single = run_tool({"list", reference_kit("single-product.dkz")});
+    EXPECT_EQ(single.out.rfind("product\ten\tReport Templates\tExample Works\treadme.txt\n", 0),
+              0u);
+
+    for (const char* kit : {"truncated.dkz", "huge-count.dkz", "zlib-header.dkz"})
+        expect_one_line_error(run_tool({"list", reference_kit(kit)}), 1,
+                              "the installer's reader refuses the kit with code 13");
+    expect_one_line_error(run_tool({"list", reference_kit("absent.dkz")}), 1, "code 2");
+}
+
+TEST(CommandLine, SampleKitPacksCleanlyAndVerifies) {
+    ScratchDir dir;
+    const ToolRun pack =
+        run_tool({"pack", source_path("examples/sample-kit/templates"), "-o", dir / "ord8.dkz",
+                  "--manifest", source_path("examples/sample-kit/manifest.txt")});
+    EXPECT_EQ(pack.status, 0);
+    EXPECT_EQ(pack.err, "");  // every description file is in the kit, English is there
+    const ToolRun verify = run_tool({"verify", dir / "ord8.dkz"});
+    EXPECT_EQ(verify.status, 0) << verify.err;
+    const ToolRun list = run_tool({"list", dir / "ord8.dkz"});
+    EXPECT_EQ(list.out.rfind("product\ten\t", 0), 0u);
+    EXPECT_NE(list.out.find("\nproduct\tru\t"), std::string::npos);
+    EXPECT_NE(list.out.find("\nproduct\tde\t"), std::string::npos);
+    EXPECT_NE(list.out.find("\tdocs\\description-de.html\n"), std::string::npos);
 }
 
 }  // namespace

@@ -84,7 +84,7 @@ TEST(ReferenceKits, StreamEndsAndTableVerdictsMatchTheirDescriptions) {
         {"huge-count.dkz", StreamState::kComplete, false, 0, 0,
          "file count 4294967295 cannot fit in the 48 bytes that remain"},
         {"dotdot-name.dkz", StreamState::kComplete, false, 0, 0,
-         "file record 1 at byte 12: name 'reports\\..\\..\\outside.txt'"},
+         "file record 1 at byte 12: unsafe name 'reports\\..\\..\\outside.txt'"},
         {"short-record.dkz", StreamState::kComplete, false, 0, 0,
          "product record 1 at byte 8: length 8 is below the 20"},
         {"data-outside.dkz", StreamState::kComplete, false, 0, 0,
