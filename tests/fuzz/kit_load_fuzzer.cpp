@@ -1,14 +1,14 @@
 // Loads arbitrary kits and checks what every load must leave behind. The first input
 // byte chooses how the rest becomes a kit file: bit 0 set passes the bytes as they are
-// (exercising inflation of hostile streams); otherwise they are the inflated kit and
-// are deflated first, at level 0 or 1 by bit 1 (exercising the table reader).
-#include <dirent.h>
+// (hostile deflate streams); otherwise they are the inflated kit and are deflated first,
+// at level 0 or 1 by bit 1 (hostile tables).
 #include <sys/stat.h>
 #include <zlib.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -20,23 +20,6 @@
 
 namespace {
 
-struct Scratch {
-    std::string kitPath;
-    std::string tempFolder;
-};
-
-const Scratch& ScratchFolder() {
-    static const Scratch scratch = [] {
-        char pattern[] = "/tmp/ord8-kit-fuzz-XXXXXX";
-        if (mkdtemp(pattern) == nullptr) std::abort();
-        Scratch made{std::string(pattern) + "/ord8.dkz", std::string(pattern) + "/tmp"};
-        if (mkdir(made.tempFolder.c_str(), 0700) != 0) std::abort();
-        setenv("TMPDIR", made.tempFolder.c_str(), 1);
-        return made;
-    }();
-    return scratch;
-}
-
 void Require(bool condition, const char* what) {
     if (!condition) {
         std::fprintf(stderr, "kit_load_fuzzer: %s\n", what);
@@ -44,11 +27,30 @@ void Require(bool condition, const char* what) {
     }
 }
 
+// A private folder for the run: the kit file, and "tmp" as TMPDIR. Removed at exit;
+// a plain array, so that it outlives every static destructor. In memory when possible:
+// creating and deleting a file per input is most of the cost on a disk file system.
+char scratchFolder[] = "/dev/shm/ord8-kit-fuzz-XXXXXX";
+
+const char* ScratchFolder() {
+    static const bool made = [] {
+        if (mkdtemp(scratchFolder) == nullptr) {
+            std::snprintf(scratchFolder, sizeof scratchFolder, "/tmp/ord8-kit-fuzz-XXXXXX");
+            Require(mkdtemp(scratchFolder) != nullptr, "mkdtemp");
+        }
+        const std::string temp = std::string(scratchFolder) + "/tmp";
+        std::filesystem::create_directory(temp);
+        setenv("TMPDIR", temp.c_str(), 1);
+        std::atexit([] { std::filesystem::remove_all(scratchFolder); });
+        return true;
+    }();
+    return made ? scratchFolder : nullptr;
+}
+
 std::vector<unsigned char> Deflated(const std::uint8_t* data, std::size_t size, int level) {
     z_stream stream{};
-    Require(deflateInit2(&stream, level, Z_DEFLATED, kitformat::kRawDeflateWindowBits, 8,
-                         Z_DEFAULT_STRATEGY) == Z_OK,
-            "deflateInit2");
+    deflateInit2(&stream, level, Z_DEFLATED, kitformat::kRawDeflateWindowBits, 8,
+                 Z_DEFAULT_STRATEGY);
     std::vector<unsigned char> out(deflateBound(&stream, size) + 16);
     stream.next_in = const_cast<Bytef*>(data);
     stream.avail_in = static_cast<uInt>(size);
@@ -60,52 +62,31 @@ std::vector<unsigned char> Deflated(const std::uint8_t* data, std::size_t size, 
     return out;
 }
 
-void WriteKit(const std::string& path, const unsigned char* bytes, std::size_t size) {
-    FILE* file = std::fopen(path.c_str(), "wb");
-    Require(file != nullptr, "cannot create the kit");
-    Require(size == 0 || std::fwrite(bytes, 1, size, file) == size, "cannot write the kit");
-    std::fclose(file);
-}
-
-int EntriesIn(const std::string& folder) {
-    DIR* stream = opendir(folder.c_str());
-    Require(stream != nullptr, "temporary folder gone");
-    int count = 0;
-    while (const dirent* entry = readdir(stream)) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..") ++count;
-    }
-    closedir(stream);
-    return count;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    const Scratch& scratch = ScratchFolder();
-    const std::uint8_t mode = data[0];
-    ++data;
-    --size;
-    if (mode & 1) {
-        WriteKit(scratch.kitPath, data, size);
-    } else {
-        const std::vector<unsigned char> kit = Deflated(data, size, (mode & 2) ? 1 : 0);
-        WriteKit(scratch.kitPath, kit.data(), kit.size());
-    }
+    const std::string kitPath = std::string(ScratchFolder()) + "/ord8.dkz";
+    const std::string tempFolder = std::string(ScratchFolder()) + "/tmp";
+    const std::vector<unsigned char> kitBytes =
+        (data[0] & 1) ? std::vector<unsigned char>(data + 1, data + size)
+                      : Deflated(data + 1, size - 1, (data[0] & 2) ? 1 : 0);
+    FILE* kitFile = std::fopen(kitPath.c_str(), "wb");
+    Require(kitFile != nullptr, "cannot create the kit");
+    std::fwrite(kitBytes.data(), 1, kitBytes.size(), kitFile);
+    std::fclose(kitFile);
 
     InstallData<LZCompressor, FileSystem> kit;
-    const ResultCode code = kit.Load(stdx::from_multibyte(stdx::mbstring(scratch.kitPath.c_str())));
+    const ResultCode code = kit.Load(stdx::from_multibyte(stdx::mbstring(kitPath.c_str())));
+    const bool tempFolderEmpty = std::filesystem::is_empty(tempFolder);
     if (code != kOk) {
         Require(code == kDamagedData, "a damaged kit gave a code other than 13");
-        Require(kit.files.empty(), "files left after a failed load");
-        Require(kit.handle == kNoHandle, "handle left open after a failed load");
-        Require(EntriesIn(scratch.tempFolder) == 0, "temporary file left after a failed load");
+        Require(kit.files.empty() && kit.handle == kNoHandle,
+                "tables or handle left after failure");
+        Require(tempFolderEmpty, "temporary file left after failure");
         return 0;
     }
-
-    Require(kit.handle != kNoHandle, "loaded kit without a handle");
-    Require(EntriesIn(scratch.tempFolder) == 1, "loaded kit without its temporary file");
+    Require(kit.handle != kNoHandle && !tempFolderEmpty, "loaded kit without its file");
     struct stat inflated {};
     Require(stat(stdx::to_multibyte(kit.tempPath).c_str(), &inflated) == 0, "stat");
     for (const auto& file : kit.files) {
@@ -113,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             std::uint64_t{file.offset} + file.size <= static_cast<std::uint64_t>(inflated.st_size),
             "file data outside the inflated kit");
         Require(kitformat::is_safe_file_name(file.name.data(), file.name.size()),
-                "unsafe file name accepted");
+                "unsafe name accepted");
     }
     FileSystem::CloseFile(kit.handle);
     FileSystem::DeleteFile(kit.tempPath);
