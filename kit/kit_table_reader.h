@@ -64,7 +64,6 @@ class RecordFields {
     std::uint64_t TakeU64() { return kitformat::read_u64le(Take(kitformat::kFileTimeSize)); }
     stdx::u16string TakeString() {
         const std::uint32_t units = TakeU32();
-        if (units > (bytes_.size() - position_) / 2) Refuse();
         return DecodeUnits(Take(std::size_t{units} * 2), units);
     }
 

@@ -35,8 +35,8 @@ class LZCompressorTest : public ::testing::Test {
 };
 
 TEST_F(LZCompressorTest, InflatesEveryBlockKindAndIgnoresTrailingBytes) {
-    // Multiples of 32,768 fill the output buffer on the last producing round; the empty
-    // kit after a long one shows the old destination is cut.
+    // Multiples of 32,768 fill the output buffer on the last producing round; an empty
+    // stream after a long one shows that the old destination is cut.
     for (std::size_t size : {200001, 0, 1, 32767, 32768, 98304}) {
         for (int level : {0, 1, 9}) {
             for (int strategy : {Z_DEFAULT_STRATEGY, Z_FIXED}) {
@@ -50,6 +50,8 @@ TEST_F(LZCompressorTest, InflatesEveryBlockKindAndIgnoresTrailingBytes) {
             }
         }
     }
+    EXPECT_EQ(Inflate({}), kOk) << "a zero-length kit is an empty one";
+    EXPECT_TRUE(std::filesystem::exists(output) && ReadBytes(output).empty());
 }
 
 TEST_F(LZCompressorTest, TruncationGivesAPrefixButDamageGivesDamagedData) {
