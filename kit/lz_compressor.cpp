@@ -4,6 +4,7 @@
 #include <zlib.h>
 
 #include <memory>
+#include <new>
 
 #include "fs/file_system.h"
 #include "kit/kit_format.h"
@@ -60,7 +61,9 @@ ResultCode InflateInto(const SourceMapping& source, FileHandle destination) {
     stream.next_in = source.bytes();
     stream.avail_in = source.length();
 
-    std::unique_ptr<unsigned char[]> buffer(new unsigned char[LZCompressor::kOutputBufferSize]);
+    std::unique_ptr<unsigned char[]> buffer(
+        new (std::nothrow) unsigned char[LZCompressor::kOutputBufferSize]);
+    if (!buffer) return kDamagedData;  // like a failed inflateInit2: no memory to inflate with
     int status = Z_OK;
     do {
         stream.next_out = buffer.get();

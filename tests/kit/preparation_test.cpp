@@ -79,7 +79,7 @@ class PreparationTest : public ::testing::Test {
     }
     ~PreparationTest() override {
         std::filesystem::current_path(directory);
-        setenv("HOME", home.c_str(), 1);
+        home.empty() ? unsetenv("HOME") : setenv("HOME", home.c_str(), 1);
         if (session.installData.handle != kNoHandle)
             FileSystem::CloseFile(session.installData.handle);
     }
@@ -89,7 +89,7 @@ class PreparationTest : public ::testing::Test {
         WriteBytes(scratch.kit(), kitBytes);
     }
 
-    std::string home = std::getenv("HOME");
+    std::string home = std::getenv("HOME") ? std::getenv("HOME") : "";
     std::filesystem::path directory = std::filesystem::current_path();
     ScratchFolder scratch;
     InstallerSession session;
