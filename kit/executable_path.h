@@ -1,4 +1,4 @@
-// kit: the path of the running program's own executable, the one platform-specific
+// kit: the path of the running program's own executable, the one platform-dependent
 // query of kit location. It only asks; it never opens or follows the file.
 //
 // Threads: safe from any thread.
