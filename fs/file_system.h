@@ -27,9 +27,9 @@ using FileTime = std::uint64_t;
 constexpr std::uint32_t kGenericRead = 0x80000000u;
 constexpr std::uint32_t kGenericWrite = 0x40000000u;
 constexpr std::uint32_t kGenericReadWrite = 0xC0000000u;
-constexpr std::uint32_t kCreateAlways = 2;     // adds O_CREAT only; writers truncate themselves
+constexpr std::uint32_t kCreateAlways = 2;  // adds O_CREAT only; writers truncate themselves
 constexpr std::uint32_t kOpenExisting = 3;
-constexpr std::uint32_t kTruncateExisting = 5; // adds O_TRUNC
+constexpr std::uint32_t kTruncateExisting = 5;  // adds O_TRUNC
 
 // SetFilePointer methods.
 constexpr std::uint32_t kFileBegin = 0;
@@ -54,7 +54,7 @@ struct FindData {
 };
 
 class FileSystem {
-public:
+  public:
     // Enumeration. FindNext reports a matching entry only when the search path itself
     // can be stat'ed, so "dir/*" yields nothing while "dir/name" yields name.
     static bool FindFirst(FindData& find, const stdx::u16string& path);
@@ -93,8 +93,7 @@ public:
 
     // Handle operations; each resets the last error first and stores its failure code.
     static ResultCode OpenFile(const stdx::u16string& path, std::uint32_t access,
-                               std::uint32_t share, std::uint32_t disposition,
-                               FileHandle& handle);
+                               std::uint32_t share, std::uint32_t disposition, FileHandle& handle);
     static std::uint32_t SetFilePointer(FileHandle handle, std::int32_t low, std::int32_t* high,
                                         std::uint32_t method);
     static ResultCode GetLastError();

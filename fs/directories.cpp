@@ -1,0 +1,47 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include "fs/file_system.h"
+#include "fs/path_text.h"
+#include "fs/tree_removal.h"
+
+namespace {
+
+bool IsDirectory(const stdx::mbstring& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+}  // namespace
+
+ResultCode FileSystem::CreateDirectory(const stdx::u16string& path) {
+    const stdx::mbstring target = fsdetail::ToSystemPath(path);
+    if (target.empty()) return kFileNotFound;
+    // Installing thousands of files asks for the same directories over and over.
+    if (IsDirectory(target)) return kOk;
+    // Each ancestor in turn; failures along the way are judged only by the end result,
+    // which also covers a directory made concurrently by someone else.
+    for (stdx::mbstring::size_type slash = target.find('/', 1); slash != stdx::mbstring::npos;
+         slash = target.find('/', slash + 1)) {
+        if (target[slash - 1] != '/') mkdir(target.substr(0, slash).c_str(), 0777);
+    }
+    mkdir(target.c_str(), 0777);
+    return IsDirectory(target) ? kOk : kFileNotFound;
+}
+
+ResultCode FileSystem::DeleteDirectory(const stdx::u16string& path) {
+    fsdetail::RemoveTree(fsdetail::ToSystemPath(path));
+    return kOk;
+}
+
+ResultCode FileSystem::DeleteFile(const stdx::u16string& path) {
+    const stdx::mbstring target = fsdetail::ToSystemPath(path);
+    if (unlink(target.c_str()) != 0 && errno != ENOENT) {
+        const std::string reason = std::generic_category().message(errno);
+        std::fprintf(stderr, "cannot delete '%s': %s\n", target.c_str(), reason.c_str());
+    }
+    return kOk;
+}

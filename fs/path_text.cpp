@@ -1,0 +1,36 @@
+#include "fs/path_text.h"
+
+#include "text/encoding.h"
+
+namespace fsdetail {
+
+stdx::mbstring ToSystemPath(const stdx::u16string& path) { return stdx::to_multibyte(path); }
+
+stdx::mbstring WithoutTrailingSlashes(const stdx::mbstring& path) {
+    stdx::mbstring::size_type end = path.size();
+    while (end > 1 && path[end - 1] == '/') --end;
+    return path.substr(0, end);
+}
+
+stdx::mbstring ParentOf(const stdx::mbstring& path) {
+    const stdx::mbstring trimmed = WithoutTrailingSlashes(path);
+    const stdx::mbstring::size_type slash = trimmed.rfind('/');
+    if (slash == stdx::mbstring::npos) return stdx::mbstring(".");
+    if (slash == 0) return stdx::mbstring("/");
+    return trimmed.substr(0, slash);
+}
+
+stdx::mbstring LastComponentOf(const stdx::mbstring& path) {
+    const stdx::mbstring trimmed = WithoutTrailingSlashes(path);
+    const stdx::mbstring::size_type slash = trimmed.rfind('/');
+    return slash == stdx::mbstring::npos ? trimmed : trimmed.substr(slash + 1);
+}
+
+stdx::mbstring JoinPath(const stdx::mbstring& directory, const stdx::mbstring& name) {
+    stdx::mbstring joined(directory);
+    if (!joined.empty() && joined.back() != '/') joined.push_back('/');
+    joined.append(name);
+    return joined;
+}
+
+}  // namespace fsdetail
