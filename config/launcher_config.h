@@ -43,8 +43,6 @@ class LauncherConfig {
     // The path that store A is read from and written to.
     stdx::u16string written_path() const;
 
-    const LauncherConfigStore& written_store() const { return storeA_; }
-
   private:
     // product_settings_folder() + "\Tavri" + ".Tavri/ostart" (or "ostartt"): a leftover
     // of the launcher's path scheme on another platform, backslash and all.

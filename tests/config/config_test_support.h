@@ -20,7 +20,7 @@ std::set<std::string> names_in(const std::string& folder);
 
 // Each test gets a new, empty home directory as HOME; the old HOME comes back after.
 class TempHome : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override;
     void TearDown() override;
 
@@ -29,7 +29,7 @@ protected:
     std::string alternateFile() const { return home_ + "/.Tavri/ostartt/ostart.cfg"; }
     std::string productFile() const { return home_ + "/.ord8//.Tavri/ostart/ostart.cfg"; }
 
-private:
+  private:
     std::string savedHome_;
     bool hadHome_ = false;
 };

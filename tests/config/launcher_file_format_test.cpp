@@ -67,12 +67,12 @@ TEST_F(LauncherFileFormat, ByteOrderMarkProbeAnswersTrueOnlyForOtherFiles) {
 
 TEST(LauncherConfigStoreInsert, RefusesAValueAlreadyHeldInAnyCase) {
     LauncherConfigStore store;
-    EXPECT_TRUE(store.insert(u"Key", u"/a"));
-    EXPECT_TRUE(store.insert(u"KEY", u"/b"));
-    EXPECT_FALSE(store.insert(u"key", u"/A"));
+    EXPECT_TRUE(store.insert(u16("Key"), u16("/a")));
+    EXPECT_TRUE(store.insert(u16("KEY"), u16("/b")));
+    EXPECT_FALSE(store.insert(u16("key"), u16("/A")));
     ASSERT_EQ(store.entries().size(), 1u);
     EXPECT_EQ(store.entries()[0].key, u16("Key"));
-    EXPECT_EQ(store.entries()[0].values, (std::vector<stdx::u16string>{u"/a", u"/b"}));
+    EXPECT_EQ(store.entries()[0].values, (std::vector<stdx::u16string>{u16("/a"), u16("/b")}));
 }
 
 TEST_F(LauncherFileFormat, MissingFileReadsAsEmptyButAFolderCountsAsUnreadable) {
