@@ -18,8 +18,6 @@ stdx::u16string MultibyteChunkDecoder::decode(const char* bytes, std::size_t cou
     // empty result means "try again without the last few bytes".
     const std::size_t most = input.size() - 1 < kMaxHeldBack ? input.size() - 1 : kMaxHeldBack;
     for (std::size_t hold = 0; hold <= most; ++hold) {
-        // Only bytes of a multibyte character are held; a line feed never waits.
-        if (hold > 0 && static_cast<unsigned char>(input[input.size() - hold]) < 0x80) break;
         stdx::u16string text = stdx::from_multibyte(input.substr(0, input.size() - hold));
         if (!text.empty()) {
             held_ = input.substr(input.size() - hold);

@@ -14,7 +14,7 @@ namespace config {
 class MultibyteChunkDecoder {
   public:
     // The text of `bytes` (plus any bytes held back from the previous chunk). Up to
-    // kMaxHeldBack trailing non-ASCII bytes may be kept for the next call; at the end of the input
+    // kMaxHeldBack trailing bytes may be kept for the next call; at the end of the input
     // whatever is still held never completed a character and is dropped.
     stdx::u16string decode(const char* bytes, std::size_t count);
 
