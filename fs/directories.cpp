@@ -15,6 +15,23 @@ bool IsDirectory(const stdx::mbstring& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// A name may hold a newline or terminal escapes; the diagnostic must stay one line.
+std::string Printable(const stdx::mbstring& path) {
+    std::string text;
+    for (const char c : path) {
+        const unsigned char byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            text.push_back(c);
+            continue;
+        }
+        const char escaped[] = {'\\', static_cast<char>('0' + (byte >> 6)),
+                                static_cast<char>('0' + ((byte >> 3) & 7)),
+                                static_cast<char>('0' + (byte & 7)), '\0'};
+        text.append(escaped);
+    }
+    return text;
+}
+
 }  // namespace
 
 ResultCode FileSystem::CreateDirectory(const stdx::u16string& path) {
@@ -41,7 +58,7 @@ ResultCode FileSystem::DeleteFile(const stdx::u16string& path) {
     const stdx::mbstring target = fsdetail::ToSystemPath(path);
     if (unlink(target.c_str()) != 0 && errno != ENOENT) {
         const std::string reason = std::generic_category().message(errno);
-        std::fprintf(stderr, "cannot delete '%s': %s\n", target.c_str(), reason.c_str());
+        std::fprintf(stderr, "cannot delete '%s': %s\n", Printable(target).c_str(), reason.c_str());
     }
     return kOk;
 }

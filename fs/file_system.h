@@ -2,7 +2,9 @@
 // Win32-style API over POSIX calls. Paths arrive as UTF-16 and are converted to the
 // locale's multibyte encoding (UTF-8) before each system call; failures come back as
 // the numbered result codes of fs/result_codes.h, never as exceptions. No shell is
-// ever involved in file operations, so no file name can run a command.
+// ever involved in file operations, so no file name can run a command; only
+// RunCommand and RunCommandOutput start a shell, because that is what they are for.
+// It must not keep per-call state beyond the last error and the caller's FindData.
 //
 // Threads: all operations may be called from any thread. The last error is one
 // process-wide value, meaningful only right after a handle operation on the same
@@ -65,19 +67,33 @@ class FileSystem {
 
     // TMPDIR when it names a directory, else "/var/tmp/"; always ends in '/'. Returns 0.
     static ResultCode GetTempDirectory(stdx::u16string& path);
-    // Creates a new empty file named prefix + unique suffix in directory, exclusively.
-    // 0, or 1013 when it cannot be made; `name` receives the name either way.
+    // Creates a new empty file (mode 0600) named directory + '/' (unless it already ends
+    // in one, or is empty: the current directory) + prefix + six random letters or
+    // digits. Name choice and creation are one exclusive step, so two callers never get
+    // the same file. 0, or 1013 when it cannot be made; `name` receives the (last tried)
+    // name either way.
     static ResultCode CreateTempFile(const stdx::u16string& directory,
                                      const stdx::u16string& prefix, stdx::u16string& name);
 
-    // 0 when the directory exists afterwards (with all parents), 2 otherwise.
+    // 0 when the directory exists afterwards (made now or already there, parents made
+    // as needed, new ones with mode 0777 less the umask), 2 otherwise (a file in the
+    // way, an empty path, no permission).
     static ResultCode CreateDirectory(const stdx::u16string& path);
-    // Recursive removal. Always 0.
+    // Removes a file, or a directory with everything below it. Symbolic links are
+    // removed as links, never followed. "/" and paths ending in "." or ".." are left
+    // alone. Always 0.
     static ResultCode DeleteDirectory(const stdx::u16string& path);
-    // 0 moved; 2 failed (missing source included). Works across file systems: copies
-    // bytes, mode and times, and removes the source only after a complete copy.
+    // Renames `from` to `to`; `to` is the new name itself, never a directory to move
+    // into. An existing file at `to` is replaced; an existing directory only when it is
+    // empty and `from` is one too. 0 moved; 2 failed (a missing source included).
+    // Across file systems, files and whole directory trees are copied (bytes, mode,
+    // access and modification times in whole seconds; links as links; devices, pipes
+    // and sockets are refused) under a hidden name beside `to`, renamed into place
+    // when complete, and only then is the source removed. A failed copy leaves the
+    // source and any old `to` untouched and no partial copy behind.
     static ResultCode MoveFile(const stdx::u16string& from, const stdx::u16string& to);
-    // Unlink. Always 0; a one-line diagnostic on stderr for failures other than ENOENT.
+    // Unlink. Always 0; one line on stderr (control characters escaped) for failures
+    // other than "not there".
     static ResultCode DeleteFile(const stdx::u16string& path);
 
     // Runs a shell command: that is their purpose.

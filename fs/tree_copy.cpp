@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,13 +12,19 @@
 #include <vector>
 
 #include "fs/path_text.h"
-#include "fs/platform.h"
 #include "fs/tree_removal.h"
 
 namespace fsdetail {
 namespace {
 
 constexpr std::size_t kCopyBufferSize = 256 * 1024;
+
+// Whole seconds, as everywhere in this layer: FileTime values carry no fraction either.
+struct WholeSecondTimes {
+    timeval values[2];
+    explicit WholeSecondTimes(const struct stat& status)
+        : values{{status.st_atime, 0}, {status.st_mtime, 0}} {}
+};
 
 // Keeps the first failure: the later ones are usually its consequences.
 int FirstOf(int first, int second) { return first != 0 ? first : second; }
@@ -67,8 +74,7 @@ int CopyRegularFile(const stdx::mbstring& from, const stdx::mbstring& to) {
     }
     int error = CopyBytes(in, out);
     if (error == 0 && fchmod(out, status.st_mode & 07777) != 0) error = errno;
-    const timespec times[2] = {AccessTimeOf(status), ModifyTimeOf(status)};
-    if (error == 0 && futimens(out, times) != 0) error = errno;
+    if (error == 0 && futimes(out, WholeSecondTimes(status).values) != 0) error = errno;
     // close() can report a delayed write failure (network volumes); it counts.
     if (close(out) != 0) error = FirstOf(error, errno);
     close(in);
@@ -90,8 +96,7 @@ int CopySymbolicLink(const stdx::mbstring& from, const stdx::mbstring& to,
     }
     if (symlink(target.data(), to.c_str()) != 0) return errno;
     // Not every system can set a link's own times; the link itself is what matters.
-    const timespec times[2] = {AccessTimeOf(status), ModifyTimeOf(status)};
-    utimensat(AT_FDCWD, to.c_str(), times, AT_SYMLINK_NOFOLLOW);
+    lutimes(to.c_str(), WholeSecondTimes(status).values);
     return 0;
 }
 
@@ -123,8 +128,7 @@ int CopyDirectory(const stdx::mbstring& from, const stdx::mbstring& to, const st
     int error = CopyDirectoryContents(from, to);
     if (error == 0 && chmod(to.c_str(), status.st_mode & 07777) != 0) error = errno;
     // Times last: adding the entries changed the modification time.
-    const timespec times[2] = {AccessTimeOf(status), ModifyTimeOf(status)};
-    if (error == 0 && utimensat(AT_FDCWD, to.c_str(), times, 0) != 0) error = errno;
+    if (error == 0 && utimes(to.c_str(), WholeSecondTimes(status).values) != 0) error = errno;
     if (error != 0) RemoveTree(to);
     return error;
 }

@@ -1,6 +1,6 @@
 // Internal to fs/: copying a file, a symbolic link or a whole directory tree to a new
-// name, keeping bytes, permission bits and access/modification times. Used where a
-// rename cannot cross file systems. Any thread.
+// name, keeping bytes, permission bits and access/modification times (whole seconds).
+// Used where a rename cannot cross file systems. Any thread.
 #pragma once
 
 #include "text/string.h"

@@ -13,64 +13,53 @@ class Enumeration : public ::testing::Test {
         ASSERT_EQ(0, mkdir((scratch / "dir/sub").c_str(), 0755));
         WriteText(scratch / "dir/name", "x");
     }
+    std::string Text(const stdx::mbstring& bytes) { return std::string(bytes.c_str()); }
     ScratchDirectory scratch;
+    FindData find;
 };
 
 }  // namespace
 
-TEST_F(Enumeration, WildcardSearchYieldsNothingButKeepsTheStreamOpen) {
-    FindData find;
+TEST_F(Enumeration, WildcardOrMissingSearchesYieldNothing) {
+    // The pattern matches entries, but "dir/*" itself cannot be stat'ed; the stream stays.
     EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "dir/*")));
-    // The pattern matched an entry, but "dir/*" itself cannot be stat'ed.
     EXPECT_NE(nullptr, find.stream);
-    EXPECT_EQ("*", std::string(find.mask.c_str()));
-    EXPECT_EQ(scratch / "dir", std::string(find.directory.c_str()));
+    EXPECT_EQ("*", Text(find.mask));
+    EXPECT_EQ(scratch / "dir", Text(find.directory));
     FileSystem::FindClose(find);
-    EXPECT_EQ(nullptr, find.stream);
     EXPECT_FALSE(FileSystem::FindNext(find));
     EXPECT_TRUE(FileSystem::GetFindName(find).empty());
-    EXPECT_EQ(0u, FileSystem::GetFindAttributes(find));
+
+    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "dir/absent")));
+    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "nowhere/name")));
+    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "dir/")));  // empty mask
+    EXPECT_EQ(nullptr, find.stream);
 }
 
-TEST_F(Enumeration, ExactPathYieldsItsNameAndAttribute) {
-    FindData find;
+TEST_F(Enumeration, ExactPathYieldsItsNameAndAttributeOnce) {
     ASSERT_TRUE(FileSystem::FindFirst(find, U16(scratch / "dir/name")));
     EXPECT_EQ(u"name", FileSystem::GetFindName(find));
     EXPECT_EQ(0u, FileSystem::GetFindAttributes(find));
-    // Only one entry carries that name, so the enumeration then runs out and closes.
     EXPECT_FALSE(FileSystem::FindNext(find));
     EXPECT_EQ(nullptr, find.stream);
-
-    // The same record again, for a directory: the earlier stream must not leak.
+    // The record reused twice over: the earlier streams must not leak.
     ASSERT_TRUE(FileSystem::FindFirst(find, U16(scratch / "dir/sub")));
     ASSERT_TRUE(FileSystem::FindFirst(find, U16(scratch / "dir/sub")));
     EXPECT_EQ(u"sub", FileSystem::GetFindName(find));
     EXPECT_EQ(kAttributeDirectory, FileSystem::GetFindAttributes(find));
 }
 
-TEST_F(Enumeration, MissingOrMismatchedSearchesFindNothing) {
-    FindData find;
-    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "dir/absent")));
-    EXPECT_EQ(nullptr, find.stream);
-    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "nowhere/name")));
-    EXPECT_EQ(nullptr, find.stream);
-    // A trailing slash leaves an empty mask, which no entry matches.
-    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "dir/")));
-    EXPECT_EQ(std::string(), std::string(find.mask.c_str()));
-    EXPECT_EQ(nullptr, find.stream);
-}
-
 TEST_F(Enumeration, PathWithoutSlashIsBothDirectoryAndMask) {
-    CurrentDirectoryGuard restore;
+    char saved[4096];
+    ASSERT_NE(nullptr, getcwd(saved, sizeof saved));
     ASSERT_EQ(0, chdir(scratch.path().c_str()));
-    FindData find;
-    // "dir" holds no entry called "dir" yet.
-    EXPECT_FALSE(FileSystem::FindFirst(find, u"dir"));
-    EXPECT_EQ("dir", std::string(find.directory.c_str()));
-    EXPECT_EQ("dir", std::string(find.mask.c_str()));
-
+    const bool before = FileSystem::FindFirst(find, u"dir");  // no entry "dir" inside yet
     ASSERT_EQ(0, mkdir("dir/dir", 0755));
-    ASSERT_TRUE(FileSystem::FindFirst(find, u"dir"));
-    EXPECT_EQ(u"dir", FileSystem::GetFindName(find));
+    const bool after = FileSystem::FindFirst(find, u"dir");
+    ASSERT_EQ(0, chdir(saved));
+    EXPECT_FALSE(before);
+    ASSERT_TRUE(after);
+    EXPECT_EQ("dir", Text(find.directory));
+    EXPECT_EQ("dir", Text(find.mask));
     EXPECT_EQ(kAttributeDirectory, FileSystem::GetFindAttributes(find));
 }

@@ -5,9 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -16,10 +14,7 @@
 
 namespace {
 // Paths with non-ASCII letters need a UTF-8 locale, as the installer sets up at start.
-const bool kUtf8Locale = [] { return setenv("LC_ALL", "C.UTF-8", 1) == 0; }();
-
-thread_local std::vector<std::string>* matches = nullptr;
-thread_local const char* wantedName = nullptr;
+const bool kUtf8Locale = setenv("LC_ALL", "C.UTF-8", 1) == 0;
 }  // namespace
 
 std::string ScratchDirectory::DefaultBase() {
@@ -29,12 +24,9 @@ std::string ScratchDirectory::DefaultBase() {
 
 ScratchDirectory::ScratchDirectory(const std::string& base) {
     static_cast<void>(kUtf8Locale);
-    std::vector<char> pattern(base.begin(), base.end());
-    const std::string tail = "/fs-test-XXXXXX";
-    pattern.insert(pattern.end(), tail.begin(), tail.end());
-    pattern.push_back('\0');
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed in " + base);
-    path_ = pattern.data();
+    std::string pattern = base + "/fs-test-XXXXXX";
+    if (mkdtemp(&pattern[0]) == nullptr) throw std::runtime_error("mkdtemp failed in " + base);
+    path_ = pattern;
 }
 
 ScratchDirectory::~ScratchDirectory() {
@@ -48,11 +40,8 @@ ScratchDirectory::~ScratchDirectory() {
 }
 
 std::string OtherVolumeBase() {
-    struct stat main {
-    }, other{};
-    if (stat(ScratchDirectory::DefaultBase().c_str(), &main) != 0) return "";
-    if (stat("/dev/shm", &other) != 0 || !S_ISDIR(other.st_mode)) return "";
-    return main.st_dev != other.st_dev ? "/dev/shm" : "";
+    const struct stat main = StatOf(ScratchDirectory::DefaultBase()), other = StatOf("/dev/shm");
+    return S_ISDIR(other.st_mode) && main.st_dev != other.st_dev ? "/dev/shm" : "";
 }
 
 FileSizeLimit::FileSizeLimit(rlim_t bytes) {
@@ -68,33 +57,6 @@ FileSizeLimit::~FileSizeLimit() {
     std::signal(SIGXFSZ, savedHandler_);
 }
 
-CurrentDirectoryGuard::CurrentDirectoryGuard() {
-    char buffer[PATH_MAX];
-    if (getcwd(buffer, sizeof buffer) != nullptr) saved_ = buffer;
-}
-
-CurrentDirectoryGuard::~CurrentDirectoryGuard() {
-    if (!saved_.empty()) static_cast<void>(chdir(saved_.c_str()));
-}
-
-EnvironmentGuard::EnvironmentGuard(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) {
-        wasSet_ = true;
-        saved_ = old;
-    }
-    if (value != nullptr)
-        setenv(name, value, 1);
-    else
-        unsetenv(name);
-}
-
-EnvironmentGuard::~EnvironmentGuard() {
-    if (wasSet_)
-        setenv(name_.c_str(), saved_.c_str(), 1);
-    else
-        unsetenv(name_.c_str());
-}
-
 stdx::u16string U16(const std::string& utf8) {
     return stdx::from_multibyte(stdx::mbstring(utf8.data(), utf8.size()));
 }
@@ -104,10 +66,7 @@ std::string Utf8(const stdx::u16string& text) {
     return std::string(bytes.data(), bytes.size());
 }
 
-bool Exists(const std::string& path) {
-    struct stat status;
-    return lstat(path.c_str(), &status) == 0;
-}
+bool Exists(const std::string& path) { return StatOf(path).st_mode != 0; }
 
 struct stat StatOf(const std::string& path) {
     struct stat status {};
@@ -116,14 +75,12 @@ struct stat StatOf(const std::string& path) {
 }
 
 void WriteText(const std::string& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream content;
-    content << in.rdbuf();
+    content << std::ifstream(path, std::ios::binary).rdbuf();
     return content.str();
 }
 
@@ -131,26 +88,11 @@ std::vector<std::string> EntriesOf(const std::string& directory) {
     std::vector<std::string> names;
     if (DIR* stream = opendir(directory.c_str())) {
         while (const dirent* entry = readdir(stream)) {
-            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
-                names.push_back(entry->d_name);
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..") names.push_back(name);
         }
         closedir(stream);
     }
     std::sort(names.begin(), names.end());
     return names;
-}
-
-std::vector<std::string> FindByName(const std::string& root, const std::string& name) {
-    std::vector<std::string> found;
-    matches = &found;
-    wantedName = name.c_str();
-    nftw(
-        root.c_str(),
-        [](const char* entry, const struct stat*, int, FTW* where) {
-            if (std::strcmp(entry + where->base, wantedName) == 0) matches->push_back(entry);
-            return 0;
-        },
-        16, FTW_PHYS);
-    matches = nullptr;
-    return found;
 }

@@ -1,6 +1,6 @@
 // What the fs tests share: a private directory per test (removed afterwards without
 // using the code under test), a second file system for cross-volume moves, a file-size
-// limit to make writes fail part way, and small path helpers.
+// limit that makes writes fail part way, and small path helpers.
 #pragma once
 
 #include <sys/resource.h>
@@ -22,7 +22,6 @@ class ScratchDirectory {
 
     const std::string& path() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
     static std::string DefaultBase();
 
   private:
@@ -32,49 +31,22 @@ class ScratchDirectory {
 // A base directory on another device than DefaultBase(), or "" when there is none.
 std::string OtherVolumeBase();
 
-// While alive, files cannot grow beyond `bytes`; writes past it fail with EFBIG (or
-// come back short) instead of killing the process.
+// While alive, files cannot grow beyond `bytes`: writes past it come back short or
+// fail with EFBIG instead of killing the process.
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes);
     ~FileSizeLimit();
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
 
   private:
     rlimit saved_{};
     void (*savedHandler_)(int) = SIG_DFL;
 };
 
-// Restores the current directory when it goes out of scope.
-class CurrentDirectoryGuard {
-  public:
-    CurrentDirectoryGuard();
-    ~CurrentDirectoryGuard();
-
-  private:
-    std::string saved_;
-};
-
-// Sets (or unsets, for nullptr) an environment variable for one scope.
-class EnvironmentGuard {
-  public:
-    EnvironmentGuard(const char* name, const char* value);
-    ~EnvironmentGuard();
-
-  private:
-    std::string name_;
-    std::string saved_;
-    bool wasSet_ = false;
-};
-
 stdx::u16string U16(const std::string& utf8);
 std::string Utf8(const stdx::u16string& text);
-
 bool Exists(const std::string& path);
 struct stat StatOf(const std::string& path);  // lstat; st_mode 0 when missing
 void WriteText(const std::string& path, const std::string& bytes);
 std::string ReadText(const std::string& path);                     // empty when missing
 std::vector<std::string> EntriesOf(const std::string& directory);  // sorted, no dot entries
-// Every path below `root` whose last component is `name`.
-std::vector<std::string> FindByName(const std::string& root, const std::string& name);
