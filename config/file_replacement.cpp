@@ -42,7 +42,7 @@ bool resolve_link_target(stdx::mbstring path, stdx::mbstring& target) {
         // A link that grew since lstat may have been cut: treat it as unreadable.
         if (length < 0 || static_cast<std::size_t>(length) >= link.size()) return false;
         const stdx::mbstring next(link.data(), static_cast<std::size_t>(length));
-        path = next[0] == '/' ? next : folder_prefix(path) + next;
+        path = !next.empty() && next[0] == '/' ? next : folder_prefix(path) + next;
     }
     return false;
 }
@@ -74,12 +74,10 @@ FileReplacement::Outcome FileReplacement::begin(const stdx::mbstring& path) {
     pattern += target_.substr(nameStart);
     pattern += ".XXXXXX";
     std::vector<char> name(pattern.c_str(), pattern.c_str() + pattern.size() + 1);
-    const int fd = mkstemp(name.data());
+    // The installer runs shell commands; they must not inherit the descriptor.
+    const int fd = mkostemp(name.data(), O_CLOEXEC);
     if (fd < 0) return Outcome::kCannotCreate;
     temporary_.assign(name.data());
-
-    // The installer runs shell commands; they must not inherit the descriptor.
-    fcntl(fd, F_SETFD, FD_CLOEXEC);
     if (fchmod(fd, mode) != 0) {
         close(fd);
         return Outcome::kCannotCreate;
