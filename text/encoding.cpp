@@ -1,64 +1,102 @@
-// PROVISIONAL quick implementation; text/ replaces it.
 #include "text/encoding.h"
 
-#include <clocale>
-#include <cstdlib>
-#include <cstring>
-#include <cwchar>
-#include <locale.h>
 #include <strings.h>
+#include <wchar.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
 #include <vector>
+
+#include "text/environment_locale.h"
 
 namespace stdx {
 namespace {
-locale_t environment_locale() {
-    thread_local locale_t loc = [] {
-        locale_t l = newlocale(LC_ALL_MASK, "", locale_t(0));
-        if (!l) l = newlocale(LC_ALL_MASK, "C.UTF-8", locale_t(0));
-        return l;
-    }();
-    return loc;
+
+constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
+
+// Widening each unit alone turns a surrogate pair into two lone surrogates,
+// which no multibyte encoding accepts; that is the intended limit of this
+// conversion, not an oversight.
+std::vector<wchar_t> widen_units(const char16_t* units, std::size_t count) {
+    std::vector<wchar_t> wide(count + 1, L'\0');
+    for (std::size_t i = 0; i < count && units[i] != u'\0'; ++i) {
+        wide[i] = static_cast<wchar_t>(units[i]);
+    }
+    return wide;
 }
-struct ScopedLocale {
-    locale_t old;
-    ScopedLocale() : old(uselocale(environment_locale())) {}
-    ~ScopedLocale() { uselocale(old); }
-};
+
+// The bytes before byte_count or the first zero byte, terminated, so that a
+// sequence cut off by the limit reads as invalid just as it would before a zero
+// byte.
+std::vector<char> terminated_bytes(const char* bytes, std::size_t byte_count) {
+    std::size_t length = 0;
+    while (length < byte_count && bytes[length] != '\0') ++length;
+    std::vector<char> terminated(bytes, bytes + length);
+    terminated.push_back('\0');
+    return terminated;
+}
+
 }  // namespace
 
 std::ptrdiff_t utf16_to_multibyte(const char16_t* units, std::size_t count, char* out,
                                   std::size_t out_size) {
-    std::vector<wchar_t> wide(count + 1, 0);
-    for (std::size_t i = 0; i < count && units[i]; ++i) wide[i] = static_cast<wchar_t>(units[i]);
-    ScopedLocale scoped;
-    std::size_t n = std::wcstombs(nullptr, wide.data(), 0);
-    std::memset(out, 0, out_size);
-    std::wcstombs(out, wide.data(), out_size);
-    return n == static_cast<std::size_t>(-1) ? -1 : static_cast<std::ptrdiff_t>(n);
+    const std::vector<wchar_t> wide = widen_units(units, units != nullptr ? count : 0);
+    detail::EnvironmentLocaleScope locale;
+    std::mbstate_t state{};
+    const wchar_t* source = wide.data();
+    const std::size_t needed = wcsrtombs(nullptr, &source, 0, &state);
+    // A failed measurement still converts: the output then keeps the text up to
+    // the first unconvertible unit, which keeps as much of a path as possible.
+    if (needed != 0 && out != nullptr && out_size != 0) {
+        std::memset(out, 0, out_size);
+        state = std::mbstate_t{};
+        source = wide.data();
+        wcsrtombs(out, &source, out_size, &state);
+    }
+    return needed == kFailed ? -1 : static_cast<std::ptrdiff_t>(needed);
 }
 
 std::ptrdiff_t multibyte_to_utf16(const char* bytes, std::size_t byte_count, char16_t* out,
                                   std::size_t out_units) {
-    std::string copy(bytes, byte_count);
-    ScopedLocale scoped;
-    std::size_t n = std::mbstowcs(nullptr, copy.c_str(), 0);
-    if (n == static_cast<std::size_t>(-1)) return -1;
-    std::vector<wchar_t> wide(n + 1, 0);
-    std::mbstowcs(wide.data(), copy.c_str(), n + 1);
-    for (std::size_t i = 0; i < n && i < out_units; ++i) out[i] = static_cast<char16_t>(wide[i]);
-    return static_cast<std::ptrdiff_t>(n);
+    if (bytes == nullptr) return 0;
+    const std::vector<char> terminated = terminated_bytes(bytes, byte_count);
+    // No character takes less than a byte, so this always has room.
+    std::vector<wchar_t> wide(terminated.size());
+    std::size_t count = 0;
+    {
+        detail::EnvironmentLocaleScope locale;
+        std::mbstate_t state{};
+        const char* source = terminated.data();
+        count = mbsrtowcs(wide.data(), &source, wide.size(), &state);
+    }
+    if (count == kFailed) return -1;
+    if (out != nullptr) {
+        const std::size_t copied = out_units < count ? out_units : count;
+        for (std::size_t i = 0; i < copied; ++i) {
+            // Keeps the low 16 bits: characters above U+FFFF are cut, not paired.
+            out[i] = static_cast<char16_t>(static_cast<std::uint32_t>(wide[i]));
+        }
+    }
+    return static_cast<std::ptrdiff_t>(count);
 }
 
 mbstring to_multibyte(const u16string& text) {
-    std::vector<char> out(text.size() * 4 + 1, 0);
-    utf16_to_multibyte(text.data(), text.size(), out.data(), out.size());
-    return mbstring(out.data());
+    const std::size_t units = text.size();
+    if (units > (std::numeric_limits<std::size_t>::max() - 1) / 4) {
+        throw std::length_error("basic_string");
+    }
+    std::vector<char> bytes(units * 4 + 1, '\0');  // UTF-8 needs at most 4 bytes a unit
+    utf16_to_multibyte(text.data(), units, bytes.data(), bytes.size());
+    return mbstring(bytes.data());
 }
 
 u16string from_multibyte(const mbstring& bytes) {
-    std::vector<char16_t> out(bytes.size() * 4 + 1, 0);
-    multibyte_to_utf16(bytes.c_str(), bytes.size(), out.data(), bytes.size() + 1);
-    return u16string(out.data());
+    // A character takes at least one byte, so size + 1 units always suffice.
+    std::vector<char16_t> units(bytes.size() + 1, u'\0');
+    multibyte_to_utf16(bytes.c_str(), bytes.size(), units.data(), units.size());
+    return u16string(units.data());
 }
 
 int compare_no_case(const u16string& a, const u16string& b) {
