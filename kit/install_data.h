@@ -1,0 +1,91 @@
+// kit: InstallData loads the distribution kit. It inflates the whole kit into a
+// temporary file, reads the product records and the file table from the head of that
+// file, and keeps the file open so that the installation worker can later seek to each
+// file's data and copy it through `buffer`. It never holds the kit in memory as a whole,
+// never writes into the templates directory, and trusts no number in the kit: a kit
+// whose tables do not fit what was inflated is refused with 13 (damaged data).
+//
+// Threads: Load runs once, on one thread, before the worker exists; afterwards `handle`
+// and `buffer` belong to the worker alone (the handle's position is shared state).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "fs/file_system.h"
+#include "fs/result_codes.h"
+#include "text/string.h"
+
+namespace config {
+
+// One product description; a kit carries one per interface language.
+struct ProductInfo {
+    stdx::u16string language;         // "en" for the single-product layout
+    stdx::u16string productName;      // may be empty: the wizard shows a default
+    stdx::u16string provider;         // may be empty: the wizard shows a default
+    stdx::u16string descriptionFile;  // may be empty
+};
+
+// One file of the kit. The policy parameter adds no data; it ties the record to the
+// file system whose handle it will be copied through.
+template <class FileSystemPolicy>
+struct FileData {
+    stdx::u16string name;  // relative path; never empty, absolute or climbing out with ".."
+    FileTime modificationTime = 0;
+    // Absolute position of the data in the inflated kit once loaded; offset + size
+    // always lies inside the inflated kit.
+    std::uint32_t offset = 0;
+    std::uint32_t size = 0;
+};
+
+}  // namespace config
+
+template <class Compressor, class FileSystemPolicy>
+class InstallData {
+  public:
+    static constexpr std::uint32_t kDefaultBufferSize = 0x100000;
+
+    // Constructed: no tables, no temporary file, handle -1, buffer allocated.
+    InstallData();
+    // Leaves the handle open and the inflated kit in place: after a successful load
+    // both are meant to last as long as the process.
+    ~InstallData() = default;
+    InstallData(const InstallData&) = delete;
+    InstallData& operator=(const InstallData&) = delete;
+
+    // Inflates `kitPath` into a new temporary file and reads its tables. On 0 the
+    // tables are filled and `handle` is open on the temporary file, positioned at the
+    // data area. Otherwise the code of the first failure: the temporary file's creation
+    // (1013), the kit's opening (2, 87), inflation (13, 1013), the tables (13, or a
+    // read's code). After a failure `files` is empty, `handle` is -1 and the temporary
+    // file is gone; products read before the failure stay. Never throws. Meant to be
+    // called once: a second call appends the products again.
+    ResultCode Load(const stdx::u16string& kitPath);
+
+    // Read one record at the handle's position and leave the handle after it, having
+    // moved by exactly the record's stated length. 13 when the record does not fit in
+    // the rest of the file or its fields run past its length; a file record's name must
+    // also be safe (kitformat::is_safe_file_name). The output is untouched on failure.
+    ResultCode ReadProductInfo(FileHandle file, config::ProductInfo& product);
+    ResultCode ReadFileData(FileHandle file, config::FileData<FileSystemPolicy>& data);
+
+    // Makes a new empty file with the prefix "edf" in the temporary directory. `path`
+    // receives its name even when the code is not 0.
+    ResultCode CreateKitTempFile(stdx::u16string& path);
+
+    std::vector<config::ProductInfo> products;              // kit order
+    std::vector<config::FileData<FileSystemPolicy>> files;  // kit order; index names a file
+    stdx::u16string tempPath;                               // empty until Load begins
+    FileHandle handle = kNoHandle;                          // the inflated kit, or -1
+    Compressor compressor;
+    FileSystemPolicy fileSystem;
+    std::uint32_t bufferSize = kDefaultBufferSize;
+    std::unique_ptr<unsigned char[]> buffer;  // bufferSize bytes, for copying
+
+  private:
+    void ReadTables();
+    void AbandonLoad(bool temporaryFileCreated);
+};
+
+#include "kit/install_data.inl"

@@ -1,0 +1,139 @@
+// Template bodies of InstallData; included by kit/install_data.h only.
+#pragma once
+
+#include <limits>
+#include <utility>
+
+#include "kit/kit_format.h"
+#include "kit/kit_table_reader.h"
+
+namespace kitreader {
+
+template <class FileSystemPolicy>
+config::ProductInfo ReadProductRecord(Cursor<FileSystemPolicy>& cursor) {
+    const std::vector<unsigned char> body = cursor.ReadRecord(kitformat::kMinProductRecordLength);
+    RecordFields fields(body);
+    config::ProductInfo product;
+    product.language = fields.TakeString();
+    product.productName = fields.TakeString();
+    product.provider = fields.TakeString();
+    product.descriptionFile = fields.TakeString();
+    // Bytes after the four strings belong to a newer writer; the record length has
+    // already carried the cursor past them.
+    return product;
+}
+
+template <class FileSystemPolicy>
+config::FileData<FileSystemPolicy> ReadFileRecord(Cursor<FileSystemPolicy>& cursor) {
+    const std::vector<unsigned char> body = cursor.ReadRecord(kitformat::kMinFileRecordLength);
+    RecordFields fields(body);
+    config::FileData<FileSystemPolicy> file;
+    file.name = fields.TakeString();
+    // The worker joins this name to the templates directory; it must stay inside it.
+    if (!kitformat::is_safe_file_name(file.name.data(), file.name.size())) Refuse();
+    file.modificationTime = fields.TakeU64();
+    file.offset = fields.TakeU32();
+    file.size = fields.TakeU32();
+    return file;
+}
+
+}  // namespace kitreader
+
+template <class Compressor, class FileSystemPolicy>
+InstallData<Compressor, FileSystemPolicy>::InstallData()
+    : buffer(new unsigned char[kDefaultBufferSize]) {}
+
+template <class Compressor, class FileSystemPolicy>
+ResultCode InstallData<Compressor, FileSystemPolicy>::Load(const stdx::u16string& kitPath) {
+    bool temporaryFileCreated = false;
+    const ResultCode code = kitreader::Guarded([&] {
+        kitreader::Check(CreateKitTempFile(tempPath));
+        temporaryFileCreated = true;
+        kitreader::Check(compressor.Decompress(kitPath, tempPath));
+        FileHandle opened = kNoHandle;
+        kitreader::Check(
+            FileSystemPolicy::OpenFile(tempPath, kGenericReadWrite, 0, kOpenExisting, opened));
+        handle = opened;
+        ReadTables();
+    });
+    if (code != kOk) AbandonLoad(temporaryFileCreated);
+    return code;
+}
+
+template <class Compressor, class FileSystemPolicy>
+void InstallData<Compressor, FileSystemPolicy>::ReadTables() {
+    auto cursor = kitreader::Cursor<FileSystemPolicy>::AtStart(handle);
+
+    if (cursor.ReadU32() == kitformat::kSingleProductLayout) {
+        config::ProductInfo product;
+        product.language = u"en";
+        product.productName = cursor.ReadString();
+        product.provider = cursor.ReadString();
+        product.descriptionFile = cursor.ReadString();
+        products.push_back(std::move(product));
+    } else {
+        const std::uint32_t productCount = cursor.ReadU32();
+        cursor.RequireRoomFor(productCount, kitformat::kMinProductRecordLength);
+        for (std::uint32_t i = 0; i < productCount; ++i) {
+            products.push_back(kitreader::ReadProductRecord(cursor));
+        }
+    }
+
+    files.clear();
+    const std::uint32_t fileCount = cursor.ReadU32();
+    cursor.RequireRoomFor(fileCount, kitformat::kMinFileRecordLength);
+    for (std::uint32_t i = 0; i < fileCount; ++i) {
+        files.push_back(kitreader::ReadFileRecord(cursor));
+    }
+
+    // Offsets are stored relative to the data area, which begins right after the table.
+    const std::uint64_t dataStart = cursor.position();
+    for (auto& file : files) {
+        const std::uint64_t start = dataStart + file.offset;
+        if (start > std::numeric_limits<std::uint32_t>::max() ||
+            start + file.size > cursor.size()) {
+            kitreader::Refuse();
+        }
+        file.offset = static_cast<std::uint32_t>(start);
+    }
+}
+
+template <class Compressor, class FileSystemPolicy>
+void InstallData<Compressor, FileSystemPolicy>::AbandonLoad(bool temporaryFileCreated) {
+    files.clear();
+    if (handle != kNoHandle) {
+        FileSystemPolicy::CloseFile(handle);
+        handle = kNoHandle;
+    }
+    // A name that could not be created may belong to someone else: leave it alone.
+    if (temporaryFileCreated && !tempPath.empty()) FileSystemPolicy::DeleteFile(tempPath);
+}
+
+template <class Compressor, class FileSystemPolicy>
+ResultCode InstallData<Compressor, FileSystemPolicy>::ReadProductInfo(
+    FileHandle file, config::ProductInfo& product) {
+    return kitreader::Guarded([&] {
+        auto cursor = kitreader::Cursor<FileSystemPolicy>::AtCurrentPosition(file);
+        product = kitreader::ReadProductRecord(cursor);
+    });
+}
+
+template <class Compressor, class FileSystemPolicy>
+ResultCode InstallData<Compressor, FileSystemPolicy>::ReadFileData(
+    FileHandle file, config::FileData<FileSystemPolicy>& data) {
+    return kitreader::Guarded([&] {
+        auto cursor = kitreader::Cursor<FileSystemPolicy>::AtCurrentPosition(file);
+        data = kitreader::ReadFileRecord(cursor);
+    });
+}
+
+template <class Compressor, class FileSystemPolicy>
+ResultCode InstallData<Compressor, FileSystemPolicy>::CreateKitTempFile(stdx::u16string& path) {
+    ResultCode code = kOk;
+    const ResultCode raised = kitreader::Guarded([&] {
+        stdx::u16string directory;
+        code = FileSystemPolicy::GetTempDirectory(directory);
+        if (code == kOk) code = FileSystemPolicy::CreateTempFile(directory, u"edf", path);
+    });
+    return raised != kOk ? raised : code;
+}

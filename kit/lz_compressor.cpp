@@ -1,0 +1,119 @@
+#include "kit/lz_compressor.h"
+
+#include <sys/mman.h>
+#include <zlib.h>
+
+#include <memory>
+#include <new>
+
+#include "fs/file_system.h"
+#include "kit/kit_format.h"
+
+namespace {
+
+// Read-only private view of the whole source; released only after inflateEnd, since
+// the inflater may still refer to its input until then.
+class SourceMapping {
+  public:
+    SourceMapping(FileHandle handle, std::uint32_t length) : length_(length) {
+        // A zero-length mapping is refused by the system; an empty kit needs none.
+        if (length_ == 0) return;
+        void* address = mmap(nullptr, length_, PROT_READ, MAP_PRIVATE, static_cast<int>(handle), 0);
+        if (address != MAP_FAILED) address_ = address;
+    }
+    ~SourceMapping() {
+        if (address_ != nullptr) munmap(address_, length_);
+    }
+    SourceMapping(const SourceMapping&) = delete;
+    SourceMapping& operator=(const SourceMapping&) = delete;
+
+    bool usable() const { return length_ == 0 || address_ != nullptr; }
+    Bytef* bytes() const { return static_cast<Bytef*>(address_); }
+    std::uint32_t length() const { return length_; }
+
+  private:
+    void* address_ = nullptr;
+    std::uint32_t length_;
+};
+
+class Inflater {
+  public:
+    Inflater() : ready_(inflateInit2(&stream_, kitformat::kRawDeflateWindowBits) == Z_OK) {}
+    ~Inflater() {
+        if (ready_) inflateEnd(&stream_);
+    }
+    Inflater(const Inflater&) = delete;
+    Inflater& operator=(const Inflater&) = delete;
+
+    bool ready() const { return ready_; }
+    z_stream& stream() { return stream_; }
+
+  private:
+    z_stream stream_{};  // zero-filled: zlib's default allocators
+    bool ready_;
+};
+
+// Runs the inflate loop; the caller owns both handles and the mapping.
+ResultCode InflateInto(const SourceMapping& source, FileHandle destination) {
+    Inflater inflater;
+    if (!inflater.ready()) return kDamagedData;
+    z_stream& stream = inflater.stream();
+    stream.next_in = source.bytes();
+    stream.avail_in = source.length();
+
+    std::unique_ptr<unsigned char[]> buffer(
+        new (std::nothrow) unsigned char[LZCompressor::kOutputBufferSize]);
+    if (!buffer) return kDamagedData;  // like a failed inflateInit2: no memory to inflate with
+    int status = Z_OK;
+    do {
+        stream.next_out = buffer.get();
+        stream.avail_out = LZCompressor::kOutputBufferSize;
+        const uLong totalBefore = stream.total_out;
+        status = inflate(&stream, Z_NO_FLUSH);
+        // Input used up before the end of the stream: a truncated kit, whose tables the
+        // reader will find short. Not an inflation error.
+        if (status == Z_BUF_ERROR && stream.avail_in == 0) status = Z_OK;
+
+        const auto produced = static_cast<std::uint32_t>(stream.total_out - totalBefore);
+        if (produced > 0) {
+            std::uint32_t written = 0;
+            const ResultCode code =
+                FileSystem::WriteFile(destination, buffer.get(), produced, &written, nullptr);
+            if (code != kOk || written != produced) return kCannotWrite;
+        }
+    } while (stream.avail_out == 0 && status == Z_OK);
+
+    return status < 0 ? kDamagedData : kOk;
+}
+
+}  // namespace
+
+ResultCode LZCompressor::Decompress(const stdx::u16string& source,
+                                    const stdx::u16string& destination) const {
+    FileHandle sourceHandle = kNoHandle;
+    ResultCode code = FileSystem::OpenFile(source, kGenericRead, 0, kOpenExisting, sourceHandle);
+    if (code != kOk) return code;
+
+    FileHandle destinationHandle = kNoHandle;
+    code = FileSystem::OpenFile(destination, kGenericWrite, 0, kCreateAlways, destinationHandle);
+    if (code != kOk) {
+        FileSystem::CloseFile(sourceHandle);
+        return code;
+    }
+    // Create-always does not truncate by itself; an old, longer file must not show
+    // through behind the new content.
+    code = FileSystem::SetEndOfFile(destinationHandle);
+
+    if (code == kOk) {
+        // Kits of 4 GiB or more are read only up to their length modulo 2^32.
+        const std::uint32_t length = FileSystem::SetFilePointer(sourceHandle, 0, nullptr, kFileEnd);
+        SourceMapping mapping(sourceHandle, length);
+        code = mapping.usable() ? InflateInto(mapping, destinationHandle) : kDamagedData;
+    } else {
+        code = kCannotWrite;
+    }
+
+    FileSystem::CloseFile(destinationHandle);
+    FileSystem::CloseFile(sourceHandle);
+    return code;
+}

@@ -1,0 +1,102 @@
+// Loads arbitrary kits and checks what every load must leave behind. The first input
+// byte chooses how the rest becomes a kit file: bit 0 set passes the bytes as they are
+// (hostile deflate streams); otherwise they are the inflated kit and are deflated first,
+// at level 0 or 1 by bit 1 (hostile tables).
+#include <sys/stat.h>
+#include <zlib.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "fs/file_system.h"
+#include "kit/install_data.h"
+#include "kit/kit_format.h"
+#include "kit/lz_compressor.h"
+#include "text/encoding.h"
+
+namespace {
+
+void Require(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "kit_load_fuzzer: %s\n", what);
+        std::abort();
+    }
+}
+
+// A private folder for the run: the kit file, and "tmp" as TMPDIR. Removed at exit;
+// a plain array, so that it outlives every static destructor. In memory when possible:
+// creating and deleting a file per input is most of the cost on a disk file system.
+char scratchFolder[] = "/dev/shm/ord8-kit-fuzz-XXXXXX";
+
+const char* ScratchFolder() {
+    static const bool made = [] {
+        if (mkdtemp(scratchFolder) == nullptr) {
+            std::snprintf(scratchFolder, sizeof scratchFolder, "/tmp/ord8-kit-fuzz-XXXXXX");
+            Require(mkdtemp(scratchFolder) != nullptr, "mkdtemp");
+        }
+        const std::string temp = std::string(scratchFolder) + "/tmp";
+        std::filesystem::create_directory(temp);
+        setenv("TMPDIR", temp.c_str(), 1);
+        std::atexit([] { std::filesystem::remove_all(scratchFolder); });
+        return true;
+    }();
+    return made ? scratchFolder : nullptr;
+}
+
+std::vector<unsigned char> Deflated(const std::uint8_t* data, std::size_t size, int level) {
+    z_stream stream{};
+    deflateInit2(&stream, level, Z_DEFLATED, kitformat::kRawDeflateWindowBits, 8,
+                 Z_DEFAULT_STRATEGY);
+    std::vector<unsigned char> out(deflateBound(&stream, size) + 16);
+    stream.next_in = const_cast<Bytef*>(data);
+    stream.avail_in = static_cast<uInt>(size);
+    stream.next_out = out.data();
+    stream.avail_out = static_cast<uInt>(out.size());
+    Require(deflate(&stream, Z_FINISH) == Z_STREAM_END, "deflate");
+    out.resize(stream.total_out);
+    deflateEnd(&stream);
+    return out;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    const std::string kitPath = std::string(ScratchFolder()) + "/ord8.dkz";
+    const std::string tempFolder = std::string(ScratchFolder()) + "/tmp";
+    const std::vector<unsigned char> kitBytes =
+        (data[0] & 1) ? std::vector<unsigned char>(data + 1, data + size)
+                      : Deflated(data + 1, size - 1, (data[0] & 2) ? 1 : 0);
+    FILE* kitFile = std::fopen(kitPath.c_str(), "wb");
+    Require(kitFile != nullptr, "cannot create the kit");
+    std::fwrite(kitBytes.data(), 1, kitBytes.size(), kitFile);
+    std::fclose(kitFile);
+
+    InstallData<LZCompressor, FileSystem> kit;
+    const ResultCode code = kit.Load(stdx::from_multibyte(stdx::mbstring(kitPath.c_str())));
+    const bool tempFolderEmpty = std::filesystem::is_empty(tempFolder);
+    if (code != kOk) {
+        Require(code == kDamagedData, "a damaged kit gave a code other than 13");
+        Require(kit.files.empty() && kit.handle == kNoHandle,
+                "tables or handle left after failure");
+        Require(tempFolderEmpty, "temporary file left after failure");
+        return 0;
+    }
+    Require(kit.handle != kNoHandle && !tempFolderEmpty, "loaded kit without its file");
+    struct stat inflated {};
+    Require(stat(stdx::to_multibyte(kit.tempPath).c_str(), &inflated) == 0, "stat");
+    for (const auto& file : kit.files) {
+        Require(
+            std::uint64_t{file.offset} + file.size <= static_cast<std::uint64_t>(inflated.st_size),
+            "file data outside the inflated kit");
+        Require(kitformat::is_safe_file_name(file.name.data(), file.name.size()),
+                "unsafe name accepted");
+    }
+    FileSystem::CloseFile(kit.handle);
+    FileSystem::DeleteFile(kit.tempPath);
+    return 0;
+}
