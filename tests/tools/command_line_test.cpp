@@ -117,14 +117,14 @@ TEST(CommandLine, VerifyAcceptsSoundKitsWithOneSummaryLine) {
         const char* kit;
         const char* summary;
     } cases[] = {
-        {"dynamic-level9.dkz", "sound: 3 product(s), 4 file(s), 7273 bytes unpacked\n"},
-        {"stored-level0.dkz", "sound: 2 product(s), 3 file(s), 7025 bytes unpacked\n"},
-        {"fixed-level1.dkz", "sound: 1 product(s), 1 file(s), 110 bytes unpacked\n"},
-        {"single-product.dkz", "sound: 1 product(s), 1 file(s), 215 bytes unpacked\n"},
-        {"empty-tables.dkz", "sound: 0 product(s), 0 file(s), 12 bytes unpacked\n"},
-        {"layout-ffffffff.dkz", "sound: 1 product(s), 1 file(s), 247 bytes unpacked\n"},
-        {"padded-records.dkz", "sound: 2 product(s), 2 file(s), 635 bytes unpacked\n"},
-        {"exact-32k.dkz", "sound: 1 product(s), 1 file(s), 65536 bytes unpacked\n"},
+        {"dynamic-level9.deflate", "sound: 3 product(s), 4 file(s), 7273 bytes unpacked\n"},
+        {"stored-level0.deflate", "sound: 2 product(s), 3 file(s), 7025 bytes unpacked\n"},
+        {"fixed-level1.deflate", "sound: 1 product(s), 1 file(s), 110 bytes unpacked\n"},
+        {"single-product.deflate", "sound: 1 product(s), 1 file(s), 215 bytes unpacked\n"},
+        {"empty-tables.deflate", "sound: 0 product(s), 0 file(s), 12 bytes unpacked\n"},
+        {"layout-ffffffff.deflate", "sound: 1 product(s), 1 file(s), 247 bytes unpacked\n"},
+        {"padded-records.deflate", "sound: 2 product(s), 2 file(s), 635 bytes unpacked\n"},
+        {"exact-32k.deflate", "sound: 1 product(s), 1 file(s), 65536 bytes unpacked\n"},
     };
     for (const auto& c : cases) {
         const ToolRun run = run_tool({"verify", reference_kit(c.kit)});
@@ -139,20 +139,20 @@ TEST(CommandLine, VerifyNamesTheFirstProblemAndTheReadersAnswer) {
         const char* kit;
         const char* reason;
     } cases[] = {
-        {"truncated.dkz",
+        {"truncated.deflate",
          "the deflate stream ends early, after 472 kit bytes and 748 unpacked: the kit is "
          "truncated; the installer's reader answers 13 (damaged data)"},
-        {"empty.dkz", "ends early, after 0 kit bytes"},
-        {"trailing-bytes.dkz",
+        {"empty.deflate", "ends early, after 0 kit bytes"},
+        {"trailing-bytes.deflate",
          "15 bytes follow the end of the deflate stream; the installer's reader answers 0"},
-        {"zlib-header.dkz", "the deflate data is corrupt near kit byte"},
-        {"overrunning-record.dkz", "file record 1 name at byte 134 (40 units) runs past its"},
-        {"huge-count.dkz", "file count 4294967295 cannot fit"},
-        {"dotdot-name.dkz", "unsafe name 'reports\\..\\..\\outside.txt'"},
-        {"short-record.dkz",
+        {"zlib-header.deflate", "the deflate data is corrupt near kit byte"},
+        {"overrunning-record.deflate", "file record 1 name at byte 134 (40 units) runs past its"},
+        {"huge-count.deflate", "file count 4294967295 cannot fit"},
+        {"dotdot-name.deflate", "unsafe name 'reports\\..\\..\\outside.txt'"},
+        {"short-record.deflate",
          "length 8 is below the 20 its fields need; the installer's reader "
          "answers 13 (damaged data)"},
-        {"data-outside.dkz", "lies outside the 60-byte kit"},
+        {"data-outside.deflate", "lies outside the 60-byte kit"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.kit);
@@ -165,7 +165,7 @@ TEST(CommandLine, VerifyNamesTheFirstProblemAndTheReadersAnswer) {
 }
 
 TEST(CommandLine, ListShowsWhatTheReaderLoads) {
-    const ToolRun run = run_tool({"list", reference_kit("dynamic-level9.dkz")});
+    const ToolRun run = run_tool({"list", reference_kit("dynamic-level9.deflate")});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out,
               "product\ten\tReport Templates\tExample Works\tdocs\\about-en.html\n"
@@ -179,11 +179,11 @@ TEST(CommandLine, ListShowsWhatTheReaderLoads) {
               "file\t74\t2024-03-01T09:30:00Z\treports\\\xD0\xBE\xD1\x82\xD1\x87\xD1\x91\xD1\x82"
               ".txt\n");
 
-    const ToolRun single = run_tool({"list", reference_kit("single-product.dkz")});
+    const ToolRun single = run_tool({"list", reference_kit("single-product.deflate")});
     EXPECT_EQ(single.out.rfind("product\ten\tReport Templates\tExample Works\treadme.txt\n", 0),
               0u);
 
-    for (const char* kit : {"truncated.dkz", "huge-count.dkz", "zlib-header.dkz"})
+    for (const char* kit : {"truncated.deflate", "huge-count.deflate", "zlib-header.deflate"})
         expect_one_line_error(run_tool({"list", reference_kit(kit)}), 1,
                               "the installer's reader refuses the kit with code 13");
     expect_one_line_error(run_tool({"list", reference_kit("absent.dkz")}), 1, "code 2");
@@ -192,13 +192,13 @@ TEST(CommandLine, ListShowsWhatTheReaderLoads) {
 TEST(CommandLine, SampleKitPacksCleanlyAndVerifies) {
     ScratchDir dir;
     const ToolRun pack =
-        run_tool({"pack", source_path("examples/sample-kit/templates"), "-o", dir / "ord8.dkz",
+        run_tool({"pack", source_path("examples/sample-kit/templates"), "-o", dir / "ord8.deflate",
                   "--manifest", source_path("examples/sample-kit/manifest.txt")});
     EXPECT_EQ(pack.status, 0);
     EXPECT_EQ(pack.err, "");  // every description file is in the kit, English is there
-    const ToolRun verify = run_tool({"verify", dir / "ord8.dkz"});
+    const ToolRun verify = run_tool({"verify", dir / "ord8.deflate"});
     EXPECT_EQ(verify.status, 0) << verify.err;
-    const ToolRun list = run_tool({"list", dir / "ord8.dkz"});
+    const ToolRun list = run_tool({"list", dir / "ord8.deflate"});
     EXPECT_EQ(list.out.rfind("product\ten\t", 0), 0u);
     EXPECT_NE(list.out.find("\nproduct\tru\t"), std::string::npos);
     EXPECT_NE(list.out.find("\nproduct\tde\t"), std::string::npos);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kit/kit_format.h"
+#include "tool_test_support.h"
 #include "tools/inflate_check.h"
 #include "tools/kit_tables.h"
 #include "tools/table_check.h"
@@ -16,6 +17,7 @@
 namespace {
 
 using kittool::StreamState;
+using kittool_test::read_file;
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -67,27 +69,27 @@ struct ReferenceCase {
 
 TEST(ReferenceKits, StreamEndsAndTableVerdictsMatchTheirDescriptions) {
     const ReferenceCase cases[] = {
-        {"dynamic-level9.dkz", StreamState::kComplete, true, 3, 4, ""},
-        {"stored-level0.dkz", StreamState::kComplete, true, 2, 3, ""},
-        {"fixed-level1.dkz", StreamState::kComplete, true, 1, 1, ""},
-        {"single-product.dkz", StreamState::kComplete, true, 1, 1, ""},
-        {"empty-tables.dkz", StreamState::kComplete, true, 0, 0, ""},
-        {"layout-ffffffff.dkz", StreamState::kComplete, true, 1, 1, ""},
-        {"padded-records.dkz", StreamState::kComplete, true, 2, 2, ""},
-        {"exact-32k.dkz", StreamState::kComplete, true, 1, 1, ""},
-        {"trailing-bytes.dkz", StreamState::kComplete, true, 3, 4, ""},
-        {"truncated.dkz", StreamState::kEndsEarly, false, 0, 0, "file '"},
-        {"empty.dkz", StreamState::kEndsEarly, false, 0, 0, "layout at byte 0 runs past"},
-        {"zlib-header.dkz", StreamState::kCorrupt, false, 0, 0, ""},
-        {"overrunning-record.dkz", StreamState::kComplete, false, 0, 0,
+        {"dynamic-level9.deflate", StreamState::kComplete, true, 3, 4, ""},
+        {"stored-level0.deflate", StreamState::kComplete, true, 2, 3, ""},
+        {"fixed-level1.deflate", StreamState::kComplete, true, 1, 1, ""},
+        {"single-product.deflate", StreamState::kComplete, true, 1, 1, ""},
+        {"empty-tables.deflate", StreamState::kComplete, true, 0, 0, ""},
+        {"layout-ffffffff.deflate", StreamState::kComplete, true, 1, 1, ""},
+        {"padded-records.deflate", StreamState::kComplete, true, 2, 2, ""},
+        {"exact-32k.deflate", StreamState::kComplete, true, 1, 1, ""},
+        {"trailing-bytes.deflate", StreamState::kComplete, true, 3, 4, ""},
+        {"truncated.deflate", StreamState::kEndsEarly, false, 0, 0, "file '"},
+        {"empty.deflate", StreamState::kEndsEarly, false, 0, 0, "layout at byte 0 runs past"},
+        {"zlib-header.deflate", StreamState::kCorrupt, false, 0, 0, ""},
+        {"overrunning-record.deflate", StreamState::kComplete, false, 0, 0,
          "file record 1 name at byte 134 (40 units) runs past its record"},
-        {"huge-count.dkz", StreamState::kComplete, false, 0, 0,
+        {"huge-count.deflate", StreamState::kComplete, false, 0, 0,
          "file count 4294967295 cannot fit in the 48 bytes that remain"},
-        {"dotdot-name.dkz", StreamState::kComplete, false, 0, 0,
+        {"dotdot-name.deflate", StreamState::kComplete, false, 0, 0,
          "file record 1 at byte 12: unsafe name 'reports\\..\\..\\outside.txt'"},
-        {"short-record.dkz", StreamState::kComplete, false, 0, 0,
+        {"short-record.deflate", StreamState::kComplete, false, 0, 0,
          "product record 1 at byte 8: length 8 is below the 20"},
-        {"data-outside.dkz", StreamState::kComplete, false, 0, 0,
+        {"data-outside.deflate", StreamState::kComplete, false, 0, 0,
          "file 'readme.txt': data at bytes 58 to 62 lies outside the 60-byte kit"},
     };
     for (const ReferenceCase& c : cases) {
@@ -98,6 +100,13 @@ TEST(ReferenceKits, StreamEndsAndTableVerdictsMatchTheirDescriptions) {
         ASSERT_TRUE(kittool::inflate_kit(reference_kit(c.file), inflated.get(), stream, error))
             << error;
         EXPECT_EQ(stream.state, c.state);
+        if (c.state != StreamState::kCorrupt) {
+            // Exactly the bytes the installer's inflater must produce.
+            std::string bytes(stream.inflated_size, '\0');
+            std::rewind(inflated.get());
+            EXPECT_EQ(std::fread(&bytes[0], 1, bytes.size(), inflated.get()), bytes.size());
+            EXPECT_TRUE(bytes == read_file(reference_kit(c.file) + ".inflated"));
+        }
         if (c.state == StreamState::kCorrupt) continue;
         const kittool::TableReport tables =
             kittool::check_kit_tables(inflated.get(), stream.inflated_size);
@@ -116,8 +125,9 @@ TEST(ReferenceKits, StreamDetailsAreMeasured) {
         const char* file;
         std::uint64_t inflated;
         std::uint64_t trailing;
-    } cases[] = {
-        {"exact-32k.dkz", 65536, 0}, {"trailing-bytes.dkz", 7273, 15}, {"empty.dkz", 0, 0}};
+    } cases[] = {{"exact-32k.deflate", 65536, 0},
+                 {"trailing-bytes.deflate", 7273, 15},
+                 {"empty.deflate", 0, 0}};
     for (const auto& c : cases) {
         ScratchFile inflated(std::tmpfile());
         kittool::InflateReport stream;
@@ -130,7 +140,7 @@ TEST(ReferenceKits, StreamDetailsAreMeasured) {
     kittool::InflateReport stream;
     std::string error;
     ASSERT_TRUE(
-        kittool::inflate_kit(reference_kit("zlib-header.dkz"), inflated.get(), stream, error));
+        kittool::inflate_kit(reference_kit("zlib-header.deflate"), inflated.get(), stream, error));
     EXPECT_FALSE(stream.detail.empty());
     EXPECT_FALSE(kittool::inflate_kit(reference_kit("absent.dkz"), inflated.get(), stream, error));
     EXPECT_NE(error.find("absent.dkz"), std::string::npos);

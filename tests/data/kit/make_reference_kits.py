@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
-"""Writes the reference kits in this folder, each with its own tiny kit writer.
+"""Writes the reference kits in this folder, with a tiny kit writer of its own.
 
 Deliberately independent of the C++ kit tool: the bytes are laid out here from the
 format grammar in doc/kit-format.md, so the reader and the tool are checked against
-something they do not share code with. Deterministic: every time stamp is a constant.
+something they do not share code with. Every kit is a raw deflate stream NAME.deflate;
+when the installer's inflater must accept the stream, NAME.deflate.inflated holds the
+exact bytes it must produce (for a truncated stream: what can be inflated). The
+script is deterministic: every time stamp is a constant.
 Run from anywhere:  python3 tests/data/kit/make_reference_kits.py
 """
 import pathlib
@@ -206,20 +209,20 @@ def damaged_kits():
     overrun = bytearray(file_record("a", MARCH_2024, 0, 4))
     overrun[4:8] = u32(40)
     return {
-        "overrunning-record.dkz": (
+        "overrunning-record.deflate": (
             u32(1) + u32(1) + good_product + u32(1) + bytes(overrun) + b"data" + b"\0" * 100,
             "file record of length 26 whose name count (40) runs past it"),
-        "huge-count.dkz": (
+        "huge-count.deflate": (
             u32(1) + u32(0) + u32(0xFFFFFFFF) + good_file + b"data",
             "file count 0xFFFFFFFF with one record present"),
-        "dotdot-name.dkz": (
+        "dotdot-name.deflate": (
             u32(1) + u32(0) + u32(1) +
             file_record("reports\\..\\..\\outside.txt", MARCH_2024, 0, 4) + b"data",
             "file name with \"..\" segments"),
-        "short-record.dkz": (
+        "short-record.deflate": (
             u32(1) + u32(1) + u32(8) + u32(0) + u32(0) + b"\0" * 40,
             "product record length 8, below the 20 its fields need"),
-        "data-outside.dkz": (
+        "data-outside.deflate": (
             u32(1) + u32(0) + u32(1) + file_record("readme.txt", MARCH_2024, 2, 4) + b"data",
             "file data at offset 2, size 4 in a 4-byte data area"),
     }
@@ -230,36 +233,36 @@ def build():
     kits = {}
     dynamic = deflate(multi_language_kit(PRODUCTS, FILES), 9)
     assert first_block_type(dynamic) == DYNAMIC
-    kits["dynamic-level9.dkz"] = (dynamic, "3 products, 4 files, level 9")
+    kits["dynamic-level9.deflate"] = (dynamic, "3 products, 4 files, level 9")
 
     stored = deflate(multi_language_kit(PRODUCTS[:2], FILES[:3]), 0)
     assert first_block_type(stored) == STORED
-    kits["stored-level0.dkz"] = (stored, "2 products, 3 files, level 0")
+    kits["stored-level0.deflate"] = (stored, "2 products, 3 files, level 0")
 
     fixed = deflate(multi_language_kit([("ru", "Заметки", "", "")], TINY_FILES), 1)
     assert first_block_type(fixed) == FIXED
-    kits["fixed-level1.dkz"] = (fixed, "1 product (ru), 1 file, level 1, fixed Huffman codes")
+    kits["fixed-level1.deflate"] = (fixed, "1 product (ru), 1 file, level 1, fixed Huffman codes")
 
-    kits["single-product.dkz"] = (
+    kits["single-product.deflate"] = (
         deflate(single_product_kit("Report Templates", "Example Works", "readme.txt",
                                    FEW_FILES), 9), "layout 0, 1 file, level 9")
-    kits["empty-tables.dkz"] = (deflate(u32(1) + u32(0) + u32(0), 9),
+    kits["empty-tables.deflate"] = (deflate(u32(1) + u32(0) + u32(0), 9),
                                 "the 12-byte kit: layout 1, no products, no files, level 9")
-    kits["layout-ffffffff.dkz"] = (
+    kits["layout-ffffffff.deflate"] = (
         deflate(multi_language_kit(PRODUCTS[:1], FEW_FILES, layout=0xFFFFFFFF), 9),
         "layout value 0xFFFFFFFF, read like 1; 1 product, 1 file, level 9")
-    kits["padded-records.dkz"] = (
+    kits["padded-records.deflate"] = (
         deflate(multi_language_kit(PRODUCTS[:2], FILES[:2], record_padding=b"PAD!" * 3), 6),
         "every record carries 12 extra bytes that a reader must skip; 2 products, 2 files, level 6")
-    kits["exact-32k.dkz"] = (deflate(exact_multiple_kit(), 9),
+    kits["exact-32k.deflate"] = (deflate(exact_multiple_kit(), 9),
                              "unpacks to exactly 65,536 bytes; 1 product, 1 file, level 9")
-    kits["trailing-bytes.dkz"] = (dynamic + b"TRAILING BYTES\n",
-                                  "dynamic-level9.dkz followed by 15 extra bytes")
-    kits["truncated.dkz"] = (dynamic[:len(dynamic) // 2],
-                             "the first half of dynamic-level9.dkz")
-    kits["zlib-header.dkz"] = (zlib.compress(multi_language_kit(PRODUCTS, FILES), 9),
-                               "the kit of dynamic-level9.dkz with a zlib wrapper")
-    kits["empty.dkz"] = (b"", "zero bytes")
+    kits["trailing-bytes.deflate"] = (dynamic + b"TRAILING BYTES\n",
+                                  "dynamic-level9.deflate followed by 15 extra bytes")
+    kits["truncated.deflate"] = (dynamic[:len(dynamic) // 2],
+                             "the first half of dynamic-level9.deflate")
+    kits["zlib-header.deflate"] = (zlib.compress(multi_language_kit(PRODUCTS, FILES), 9),
+                               "the kit of dynamic-level9.deflate with a zlib wrapper")
+    kits["empty.deflate"] = (b"", "zero bytes")
     for name, (raw, how) in damaged_kits().items():
         kits[name] = (deflate(raw, 9), how + ", level 9")
     return kits
@@ -269,9 +272,11 @@ README_HEAD = """# Reference kits
 
 Written by `make_reference_kits.py` (run it with Python 3 to rebuild every file and this
 README; the output is the same on every run with the same zlib). The script has its own
-kit writer, independent of the kit tool. Columns: how the file was made, the state of
-its deflate stream, and what the kit reader must answer: 0 with the number of products
-and files, or 13 (damaged data).
+kit writer, independent of the kit tool. Each kit is a raw deflate stream `NAME.deflate`;
+where the inflater must return 0, `NAME.deflate.inflated` holds the exact bytes it must
+produce (for the truncated stream, what can be inflated; for trailing bytes, the stream's
+content alone). Columns: how the stream was made, how it ends, and what the kit reader
+must answer: 0 with the number of products and files, or 13 (damaged data).
 
 | file | made as | stream | reader answers |
 |---|---|---|---|
@@ -283,6 +288,8 @@ def main():
     for name, (stream, how) in sorted(build().items()):
         (HERE / name).write_bytes(stream)
         inflated = inflate_what_installer_sees(stream)
+        if inflated is not None:
+            (HERE / (name + ".inflated")).write_bytes(inflated)
         code, products, files = (13, None, None) if inflated is None else expected_answer(
             inflated)
         answer = "13" if code else "0, {} product(s), {} file(s)".format(len(products),
