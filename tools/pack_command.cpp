@@ -191,6 +191,7 @@ bool write_kit(const std::string& path, const std::string& shown_path, int level
 }  // namespace
 
 bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error) {
+    summary = PackSummary{};
     if (options.level < 0 || options.level > 9) {
         error = "compression level must be 0 to 9";
         return false;

@@ -1,9 +1,7 @@
-// Scratch directories, file helpers and kit inflation shared by the kit tool's tests.
+// Scratch directories and file helpers shared by the kit tool's tests.
 #pragma once
 
-#include <sys/stat.h>
 #include <sys/time.h>
-#include <zlib.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -11,7 +9,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <vector>
 
 namespace kittool_test {
 
@@ -26,14 +23,12 @@ class ScratchDir {
     }
     ~ScratchDir() {
         std::error_code ignored;
-        fs::permissions(path_, fs::perms::owner_all, fs::perm_options::add, ignored);
         fs::remove_all(path_, ignored);
     }
     ScratchDir(const ScratchDir&) = delete;
     ScratchDir& operator=(const ScratchDir&) = delete;
 
     std::string operator/(const std::string& relative) const { return path_ + "/" + relative; }
-    const std::string& path() const { return path_; }
 
   private:
     std::string path_;
@@ -54,23 +49,13 @@ inline std::string read_file(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// Inflates a raw deflate stream whole; empty when it is not one complete stream.
-inline std::string inflate_raw(const std::string& stream) {
-    z_stream z{};
-    if (inflateInit2(&z, -15) != Z_OK) return {};
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(stream.data()));
-    z.avail_in = static_cast<uInt>(stream.size());
-    std::string out;
-    char chunk[4096];
-    int status;
-    do {
-        z.next_out = reinterpret_cast<Bytef*>(chunk);
-        z.avail_out = sizeof chunk;
-        status = inflate(&z, Z_NO_FLUSH);
-        out.append(chunk, sizeof chunk - z.avail_out);
-    } while (status == Z_OK);
-    inflateEnd(&z);
-    return status == Z_STREAM_END ? out : std::string();
+inline std::string source_path(const std::string& relative) {
+    const char* root = std::getenv("ORD8_SOURCE_DIR");
+    return std::string(root != nullptr ? root : ".") + "/" + relative;
+}
+
+inline std::string reference_kit(const std::string& name) {
+    return source_path("tests/data/kit/" + name);
 }
 
 }  // namespace kittool_test

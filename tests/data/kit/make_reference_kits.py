@@ -256,6 +256,13 @@ def build():
         "every record carries 12 extra bytes that a reader must skip; 2 products, 2 files, level 6")
     kits["exact-32k.deflate"] = (deflate(exact_multiple_kit(), 9),
                              "unpacks to exactly 65,536 bytes; 1 product, 1 file, level 9")
+    # All zeros is a kit: layout 0, three empty strings, no files, then an unused data
+    # area. Its last match is still being copied when 64 KiB of output are full and
+    # every input byte has been taken.
+    long_run = deflate(bytes(65537), 9)
+    kits["long-run.deflate"] = (long_run, "65,537 zero bytes: layout 0, no files, unused data "
+                                          "area; output pending after the last input byte, "
+                                          "level 9")
     kits["trailing-bytes.deflate"] = (dynamic + b"TRAILING BYTES\n",
                                   "dynamic-level9.deflate followed by 15 extra bytes")
     kits["truncated.deflate"] = (dynamic[:len(dynamic) // 2],
