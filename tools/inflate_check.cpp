@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "kit/kit_format.h"
+#include "tools/file_ptr.h"
 
 namespace kittool {
 
@@ -14,10 +15,6 @@ namespace {
 
 constexpr std::size_t kChunkSize = 64 * 1024;
 constexpr std::uint64_t kLargestInflatedKit = 0xFFFFFFFFu;
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 struct InflaterEnd {
     void operator()(z_stream* stream) const { inflateEnd(stream); }
@@ -34,7 +31,7 @@ std::uint64_t count_rest(std::FILE* in, unsigned char* buffer) {
 
 bool inflate_kit(const std::string& kit_path, std::FILE* sink, InflateReport& report,
                  std::string& error) {
-    std::unique_ptr<std::FILE, FileCloser> in(std::fopen(kit_path.c_str(), "rb"));
+    FilePtr in(std::fopen(kit_path.c_str(), "rb"));
     if (!in) {
         error = "cannot read '" + kit_path + "': " + std::strerror(errno);
         return false;

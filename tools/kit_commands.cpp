@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "tools/file_ptr.h"
 #include "tools/file_time.h"
 #include "tools/inflate_check.h"
 #include "tools/installer_reader.h"
@@ -12,10 +13,6 @@
 namespace kittool {
 
 namespace {
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 std::string shown(const std::u16string& text) {
     return utf16_for_display(text.data(), text.size());
@@ -61,7 +58,7 @@ bool list_kit(const std::string& kit_path, std::string& listing, std::string& er
 }
 
 bool verify_kit(const std::string& kit_path, std::string& summary, std::string& error) {
-    std::unique_ptr<std::FILE, FileCloser> scratch(std::tmpfile());
+    FilePtr scratch(std::tmpfile());
     if (!scratch) {
         error = "cannot create a scratch file to unpack into";
         return false;

@@ -7,6 +7,7 @@
 
 #include "kit/kit_format.h"
 #include "tools/deflate_writer.h"
+#include "tools/file_ptr.h"
 #include "tools/file_time.h"
 #include "tools/kit_tables.h"
 #include "tools/product_list.h"
@@ -16,11 +17,6 @@
 namespace kittool {
 
 namespace {
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
 bool convert_field(const std::string& text, const std::string& what, std::u16string& out,
                    std::string& error) {

@@ -9,6 +9,7 @@
 
 #include "kit/kit_format.h"
 #include "tool_test_support.h"
+#include "tools/file_ptr.h"
 #include "tools/inflate_check.h"
 #include "tools/kit_tables.h"
 #include "tools/table_check.h"
@@ -18,10 +19,7 @@ namespace {
 using kittool_test::read_file;
 using kittool_test::reference_kit;
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using ScratchFile = std::unique_ptr<std::FILE, FileCloser>;
+using ScratchFile = kittool::FilePtr;
 
 TEST(InflateCheck, ProducesExactlyTheReferenceBytesAndNamesHowStreamsEnd) {
     const std::pair<const char*, kittool::StreamState> cases[] = {
