@@ -1,7 +1,7 @@
 #include <cstring>
 
 #include "app/language_texts.h"
-#include "app/utf8_decoder.h"
+#include "text/utf8.h"
 
 namespace app {
 namespace {
@@ -69,7 +69,7 @@ constexpr LanguageSource kLanguages[] = {
 
 stdx::u16string DecodeLiteral(const char* literal) {
     stdx::u16string text;  // stays empty when the literal is missing or refused
-    if (literal != nullptr) DecodeUtf8(literal, std::strlen(literal), text);
+    if (literal != nullptr) stdx::decode_utf8(literal, std::strlen(literal), text);
     return text;
 }
 

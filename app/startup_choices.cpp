@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "app/string_catalogue.h"
-#include "app/utf8_decoder.h"
+#include "text/utf8.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ bool IsOptionPrefix(char c) { return c == '/' || c == '-'; }
 // Catalogue codes are ASCII, so decoding cannot fail for a code that was found.
 stdx::u16string ToText(const std::string& code) {
     stdx::u16string text;
-    app::DecodeUtf8(code.data(), code.size(), text);
+    stdx::decode_utf8(code.data(), code.size(), text);
     return text;
 }
 

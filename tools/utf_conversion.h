@@ -1,8 +1,6 @@
-// Locale-free conversions between UTF-8 (what vendors type and what file names hold)
-// and the UTF-16 units the kit stores. The decoder is strict: it never guesses, never
-// substitutes, and names the byte where the input stops being UTF-8. The encoder is
-// for showing kit text, so it replaces unpaired surrogates instead of failing.
-// Pure functions; safe from any thread.
+// The tool's text in std strings: UTF-8 (what vendors type and what file names hold)
+// to and from the UTF-16 units the kit stores, by the strict locale-free rules of
+// text/utf8.h, and escaping for one-line output. Pure functions; safe from any thread.
 #pragma once
 
 #include <cstddef>
@@ -10,9 +8,8 @@
 
 namespace kittool {
 
-// Decodes `utf8` into UTF-16 units. Refuses overlong forms, encoded surrogates, values
-// above U+10FFFF, stray continuation bytes and cut-off sequences. On failure returns
-// false, leaves `out` partly filled and sets `bad_offset` to the offending byte.
+// Decodes `utf8` into UTF-16 units; on failure returns false and sets `bad_offset` to
+// the offending byte.
 bool utf8_to_utf16(const std::string& utf8, std::u16string& out, std::size_t& bad_offset);
 
 // Encodes UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD.

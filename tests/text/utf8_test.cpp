@@ -1,18 +1,19 @@
-#include "app/utf8_decoder.h"
+#include "text/utf8.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
 using Text = stdx::u16string;
 
-bool Decode(const std::string& bytes, Text& out) {
-    return app::DecodeUtf8(bytes.data(), bytes.size(), out);
+bool Decode(const std::string& bytes, Text& out, std::size_t* bad_offset = nullptr) {
+    return stdx::decode_utf8(bytes.data(), bytes.size(), out, bad_offset);
 }
 
-TEST(Utf8Decoder, DecodesEveryLengthAtItsBoundaries) {
+TEST(Utf8, DecodesEveryLengthAtItsBoundaries) {
     struct Case {
         std::string bytes;
         Text units;
@@ -35,7 +36,7 @@ TEST(Utf8Decoder, DecodesEveryLengthAtItsBoundaries) {
     }
 }
 
-TEST(Utf8Decoder, RefusesIllFormedInputAndLeavesOutputAlone) {
+TEST(Utf8, RefusesIllFormedInputAndLeavesOutputAlone) {
     const char* const bad[] = {
         "\x80",                  // continuation without a lead
         "ab\xBF",                // the same after good text
@@ -60,6 +61,33 @@ TEST(Utf8Decoder, RefusesIllFormedInputAndLeavesOutputAlone) {
         EXPECT_FALSE(Decode(bytes, out)) << bytes;
         EXPECT_EQ(out, Text(u"unchanged"));
     }
+}
+
+TEST(Utf8, NamesTheSequenceWhereDecodingStopped) {
+    const std::pair<std::string, std::size_t> malformed[] = {
+        {"ab\x80", 2},          // stray continuation
+        {"x\xC0\xAF", 1},       // overlong '/'
+        {"ok\xED\xA0\x80", 2},  // encoded surrogate
+        {"abc\xE2\x82", 3},     // cut off
+    };
+    for (const auto& [bytes, offset] : malformed) {
+        Text out;
+        std::size_t bad = 99;
+        EXPECT_FALSE(Decode(bytes, out, &bad));
+        EXPECT_EQ(bad, offset) << bytes;
+    }
+}
+
+TEST(Utf8, EncodesPairsAndReplacesUnpairedSurrogates) {
+    const std::string text = "a\xD1\x91\xE2\x82\xAC\xF0\x9F\x98\x80";  // 1 to 4 byte forms
+    Text units;
+    ASSERT_TRUE(Decode(text, units));
+    const stdx::mbstring encoded = stdx::encode_utf8(units.data(), units.size());
+    EXPECT_EQ(std::string(encoded.data(), encoded.size()), text);
+
+    const char16_t lone[] = {u'x', 0xD800, u'y', 0xDC00};
+    const stdx::mbstring shown = stdx::encode_utf8(lone, 4);
+    EXPECT_EQ(std::string(shown.data(), shown.size()), "x\xEF\xBF\xBDy\xEF\xBF\xBD");
 }
 
 }  // namespace

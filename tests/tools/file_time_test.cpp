@@ -1,35 +1,11 @@
-// The tool's own text and time conversions: they decide what bytes land in a kit.
+// The tool's time conversions: they decide what times land in a kit.
+#include "tools/file_time.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "tools/file_time.h"
-#include "tools/utf_conversion.h"
-
 namespace {
-
-TEST(Utf8Decoding, BuildsSurrogatePairsAndRefusesMalformedInputNamingTheByte) {
-    const std::string text = "a\xD1\x91\xE2\x82\xAC\xF0\x9F\x98\x80";  // 1 to 4 byte forms
-    std::u16string out;
-    std::size_t bad = 0;
-    ASSERT_TRUE(kittool::utf8_to_utf16(text, out, bad));
-    EXPECT_EQ(out, std::u16string(u"a\u0451\u20AC\xD83D\xDE00"));
-    EXPECT_EQ(kittool::utf16_to_utf8(out.data(), out.size()), text);
-
-    const std::pair<std::string, std::size_t> malformed[] = {
-        {"ab\x80", 2},            // stray continuation
-        {"x\xC0\xAF", 1},         // overlong '/'
-        {"\xE0\x80\xAF", 0},      // overlong three-byte form
-        {"ok\xED\xA0\x80", 2},    // encoded surrogate
-        {"\xF4\x90\x80\x80", 0},  // beyond U+10FFFF
-        {"abc\xE2\x82", 3},       // cut off
-        {"\xFF", 0},              // no such lead byte
-    };
-    for (const auto& [bytes, offset] : malformed) {
-        EXPECT_FALSE(kittool::utf8_to_utf16(bytes, out, bad)) << offset;
-        EXPECT_EQ(bad, offset);
-    }
-}
 
 TEST(FileTimes, ConvertByTheInstallersRuleAndPrintAcrossLeapRules) {
     std::uint64_t time = 0;
