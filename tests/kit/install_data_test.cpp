@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <regex>
 
 #include "kit/lz_compressor.h"
 #include "kit_test_support.h"
@@ -85,23 +87,42 @@ TEST_F(InstallDataTest, SingleProductLayoutIsEnglish) {
     EXPECT_EQ(Position(), inflated.size());
 }
 
-// Raw deflate streams made by another encoder, each next to the bytes it holds.
-TEST_F(InstallDataTest, StreamsFromAnotherEncoderInflateExactly) {
+// Kits made by an independent writer and encoder; their README's table says what each
+// must give: 0 with its counts, or 13. A NAME.deflate.inflated file holds the exact
+// inflated bytes; without one, inflation itself must fail.
+TEST_F(InstallDataTest, ReferenceKitsLoadAsDocumented) {
     const char* source = std::getenv("ORD8_SOURCE_DIR");
     const std::filesystem::path folder =
         std::filesystem::path(source ? source : ".") / "tests/data/kit";
-    if (!std::filesystem::exists(folder)) GTEST_SKIP() << "no streams checked in";
-    int streams = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        const auto expected = entry.path().string() + ".inflated";
-        if (entry.path().extension() != ".deflate" || !std::filesystem::exists(expected)) continue;
-        SCOPED_TRACE(entry.path().filename().string());
-        ++streams;
-        EXPECT_EQ(LZCompressor().Decompress(Path(entry.path().string()), Path(scratch.kit("out"))),
-                  kOk);
-        EXPECT_EQ(ReadBytes(scratch.kit("out")), ReadBytes(expected));
+    std::ifstream readme(folder / "README.md");
+    if (!readme) GTEST_SKIP() << "no reference kits";
+    const std::regex row(
+        R"(^\| `([\w-]+\.deflate)` \|.*\| (0, (\d+) product\(s\), (\d+) file\(s\)|13) \|$)");
+    int rows = 0;
+    for (std::string line; std::getline(readme, line);) {
+        std::smatch match;
+        if (!std::regex_match(line, match, row)) continue;
+        SCOPED_TRACE(line);
+        ++rows;
+        const std::string stream = (folder / match[1].str()).string();
+        const bool inflates = std::filesystem::exists(stream + ".inflated");
+        EXPECT_EQ(LZCompressor().Decompress(Path(stream), Path(scratch.kit("out"))),
+                  inflates ? kOk : kDamagedData);
+        if (inflates) {
+            EXPECT_EQ(ReadBytes(scratch.kit("out")), ReadBytes(stream + ".inflated"));
+        }
+        InstallData<LZCompressor, FileSystem> reference;
+        const ResultCode code = reference.Load(Path(stream));
+        if (match[3].matched) {
+            EXPECT_EQ(code, kOk);
+            EXPECT_EQ(reference.products.size(), std::stoul(match[3]));
+            EXPECT_EQ(reference.files.size(), std::stoul(match[4]));
+            FileSystem::CloseFile(reference.handle);
+        } else {
+            EXPECT_EQ(code, kDamagedData);
+        }
     }
-    EXPECT_GT(streams, 0);
+    EXPECT_GE(rows, 10);
 }
 
 }  // namespace
