@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
 
+#include "kit/kit_format.h"
 #include "kit/lz_compressor.h"
 #include "kit_test_support.h"
 
@@ -13,91 +12,161 @@ using namespace kittest;
 
 namespace {
 
+using Kit = InstallData<LZCompressor, FileSystem>;
+
+// Layout 1 with one product or one file record of `statedLength` (0: its real length).
+Bytes OneProduct(const KitWriter& body, std::uint32_t statedLength = 0) {
+    return KitWriter().U32(1).U32(1).Record(body, statedLength).U32(0).bytes;
+}
+Bytes OneFile(const KitWriter& body, std::uint32_t statedLength = 0) {
+    return KitWriter().U32(1).U32(0).U32(1).Record(body, statedLength).Raw("x").bytes;
+}
+std::u16string Describe(const config::ProductInfo& p) {
+    return Std(p.language + u"|" + p.productName + u"|" + p.provider + u"|" + p.descriptionFile);
+}
+
 class InstallDataTest : public ::testing::Test {
   protected:
-    ~InstallDataTest() override {
-        if (kit.handle != kNoHandle) FileSystem::CloseFile(kit.handle);
+    ~InstallDataTest() override { Discard(); }
+    // A failed load leaves no files, no handle, no temporary file and no open descriptor; a
+    // successful one leaves one of each, with every data range inside the inflated kit.
+    ResultCode Load(const Bytes& kitBytes) {
+        WriteBytes(scratch.kit(), kitBytes);
+        const std::size_t descriptors = CountOpenDescriptors();
+        const ResultCode code = kit.Load(Path(scratch.kit()));
+        EXPECT_EQ(code != kOk, kit.files.empty() && kit.handle == kNoHandle) << code;
+        EXPECT_EQ(scratch.TempFileCount(), code == kOk ? 1u : 0u) << "temporary file";
+        EXPECT_EQ(CountOpenDescriptors(), descriptors + (code == kOk ? 1 : 0));
+        for (const auto& file : kit.files)
+            EXPECT_LE(file.offset + std::uint64_t{file.size}, Inflated().size());
+        return code;
     }
-    ResultCode Load(const Bytes& inflated) { return kit.Load(Path(scratch.StoreKit(inflated))); }
+    ResultCode LoadInflated(const Bytes& inflated) { return Load(Deflate(inflated, 6)); }
+    void Discard() {
+        if (kit.handle != kNoHandle) FileSystem::CloseFile(std::exchange(kit.handle, kNoHandle));
+        std::filesystem::remove(NativePath(kit.tempPath));
+    }
+    std::string Inflated() {
+        const Bytes bytes = ReadBytes(NativePath(kit.tempPath));
+        return std::string(bytes.begin(), bytes.end());
+    }
+    std::string ContentOf(std::size_t i) {
+        return Inflated().substr(kit.files.at(i).offset, kit.files[i].size);
+    }
     std::uint32_t Position() {
         return FileSystem::SetFilePointer(kit.handle, 0, nullptr, kFileCurrent);
     }
-    // File `index`'s bytes as the worker will copy them through the open handle.
-    std::string ContentOf(std::size_t index) {
-        const auto& file = kit.files.at(index);
-        std::string content(file.size, '\0');
-        std::uint32_t read = 0;
-        FileSystem::SetFilePointer(kit.handle, static_cast<std::int32_t>(file.offset), nullptr,
-                                   kFileBegin);
-        FileSystem::ReadFile(kit.handle, content.data(), file.size, &read, nullptr);
-        return content.substr(0, read);
-    }
 
     ScratchFolder scratch;
-    InstallData<LZCompressor, FileSystem> kit;
+    Kit kit;
 };
 
-TEST_F(InstallDataTest, MultiLanguageKitRoundTrips) {
+TEST_F(InstallDataTest, MultiLanguageKitLoadsAndWaitsAtItsData) {
     const std::string big(70000, 'b');
     const Bytes inflated =
         BuildKit({u"en", u"\u0440\u0443"}, {{u"t/a", "alpha"}, {u"t\\b", big}, {u"c", ""}});
-    ASSERT_EQ(Load(inflated), kOk);
+    ASSERT_EQ(LoadInflated(inflated), kOk);
     ASSERT_EQ(kit.products.size(), 2u);
-    EXPECT_EQ(Std(kit.products[1].language), u"\u0440\u0443");
-    EXPECT_EQ(Std(kit.products[1].productName), u"P-\u0440\u0443");
-    EXPECT_EQ(Std(kit.products[1].provider), u"Tavri");
+    EXPECT_EQ(Describe(kit.products[1]), u"\u0440\u0443|P-\u0440\u0443|Tavri|");
     ASSERT_EQ(kit.files.size(), 3u);
-    const auto dataStart = static_cast<std::uint32_t>(inflated.size() - 70005);
-    EXPECT_EQ(Position(), dataStart) << "the handle waits at the data area";
+    EXPECT_EQ(Position(), inflated.size() - 70005) << "the handle waits at the data area";
     EXPECT_EQ(Std(kit.files[1].name), u"t\\b");
     EXPECT_EQ(kit.files[1].modificationTime, 0x01D900000007u);
-    EXPECT_EQ(kit.files[2].offset, dataStart + 70005) << "an empty file may end the kit";
-    EXPECT_EQ(ContentOf(0), "alpha");
-    EXPECT_EQ(ContentOf(1), big);
-    const std::filesystem::path inflatedKit = NativePath(kit.tempPath);
-    EXPECT_EQ(inflatedKit.parent_path(), scratch.root + "/tmp");
-    EXPECT_EQ(inflatedKit.filename().string().substr(0, 3), "edf");
-    EXPECT_EQ(ReadBytes(inflatedKit), inflated) << "the inflated kit stays for the worker";
+    EXPECT_EQ(kit.files[2].offset, inflated.size()) << "an empty file may end the kit";
+    EXPECT_EQ(ContentOf(0) + ContentOf(1), "alpha" + big);
+    const std::filesystem::path temporary = NativePath(kit.tempPath);
+    EXPECT_EQ(temporary.parent_path(), scratch.root + "/tmp");
+    EXPECT_EQ(temporary.filename().string().substr(0, 3), "edf");
+    EXPECT_EQ(Inflated(), std::string(inflated.begin(), inflated.end()));
 }
 
 TEST_F(InstallDataTest, RecordLengthMovesTheReaderAndDataMayLieAnywhere) {
-    // Layout 0xFFFFFFFF; extra bytes after the fields; data out of order and overlapping.
+    // Any non-zero layout; extra bytes after the fields; data out of order and overlapping.
     KitWriter inflated;
-    inflated.U32(0xFFFFFFFF).U32(1).Record(ProductBody(u"en").Raw("xyz"));
-    inflated.U32(2).Record(FileBody(u"late", 4, 4).Raw("???")).Record(FileBody(u"early", 0, 6));
-    const auto dataStart = static_cast<std::uint32_t>(inflated.bytes.size());
-    ASSERT_EQ(Load(inflated.Raw("abcdefgh").bytes), kOk);
-    EXPECT_EQ(Std(kit.products.at(0).productName), u"P-en");
+    inflated.U32(0xFFFFFFFF).U32(1).Record(ProductBody(u"en").Raw("xyz")).U32(2);
+    inflated.Record(FileBody(u"late", 4, 4).Raw("???")).Record(FileBody(u"early", 0, 6));
+    ASSERT_EQ(LoadInflated(inflated.Raw("abcdefgh").bytes), kOk);
+    EXPECT_EQ(Describe(kit.products.at(0)), u"en|P-en|Tavri|");
     ASSERT_EQ(kit.files.size(), 2u);
     EXPECT_EQ(Std(kit.files[1].name), u"early");
-    EXPECT_EQ(kit.files[0].offset, dataStart + 4);
-    EXPECT_EQ(ContentOf(0), "efgh");
-    EXPECT_EQ(ContentOf(1), "abcdef");
+    EXPECT_EQ(ContentOf(0) + ContentOf(1), "efghabcdef");
 }
 
 TEST_F(InstallDataTest, SingleProductLayoutIsEnglish) {
     const Bytes inflated =
-        KitWriter().U32(0).String(u"Ledger").String(u"").String(u"d.html").U32(0).bytes;
-    ASSERT_EQ(Load(inflated), kOk);
+        KitWriter().U32(0).String(u"Ledger").String(u"").String(u"d").U32(0).bytes;
+    ASSERT_EQ(LoadInflated(inflated), kOk);
     ASSERT_EQ(kit.products.size(), 1u);
-    EXPECT_EQ(Std(kit.products[0].language), u"en");
-    EXPECT_EQ(Std(kit.products[0].productName), u"Ledger");
-    EXPECT_TRUE(kit.products[0].provider.empty());
-    EXPECT_EQ(Std(kit.products[0].descriptionFile), u"d.html");
+    EXPECT_EQ(Describe(kit.products[0]), u"en|Ledger||d");
     EXPECT_EQ(Position(), inflated.size());
 }
 
-// Kits made by an independent writer and encoder; their README's table says what each
-// must give: 0 with its counts, or 13. A NAME.deflate.inflated file holds the exact
-// inflated bytes; without one, inflation itself must fail.
+TEST_F(InstallDataTest, EachRefusalRuleGivesDamagedData) {
+    const KitWriter noStrings = KitWriter().U32(0).U32(0).U32(0).U32(0);
+    const std::pair<const char*, Bytes> cases[] = {
+        {"nothing inflated", {}},
+        {"single-product string beyond the kit", KitWriter().U32(0).U32(1000).Raw("ab").bytes},
+        {"huge product count", KitWriter().U32(1).U32(0xFFFFFFFF).U32(0).bytes},
+        {"product length 0", KitWriter().U32(1).U32(1).U32(0).Raw(std::string(16, '\0')).bytes},
+        {"product length below its counts", OneProduct(noStrings, 19)},
+        {"product length beyond the kit", OneProduct(noStrings, 1000)},
+        {"product length of 4 GiB", OneProduct(noStrings, 0xFFFFFFFF)},
+        {"product string past its record", OneProduct(KitWriter().U32(0).U32(0).U32(0).U32(1))},
+        {"huge file count", KitWriter().U32(1).U32(0).U32(100000).Raw(std::string(64, 0)).bytes},
+        {"file length below its fixed fields", OneFile(FileBody(u"a", 0, 1), 23)},
+        {"file name past its record", OneFile(KitWriter().U32(9).U32(0).U32(0).U32(0).U32(0))},
+        {"file fixed fields past its record", OneFile(FileBody(u"a", 0, 1), 25)},
+        {"file data beyond the kit", OneFile(FileBody(u"a", 0, 2))},
+        {"empty file starting beyond the kit", OneFile(FileBody(u"a", 2, 0))},
+        {"offset wrapping once absolute", OneFile(FileBody(u"a", 0xFFFFFFF0, 0))},
+        {"size wrapping the range", OneFile(FileBody(u"a", 1, 0xFFFFFFFF))},
+        {"unsafe name", OneFile(FileBody(u"t\\..\\..\\x", 0, 1))},
+    };
+    for (const auto& [what, inflated] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(LoadInflated(inflated), kDamagedData);
+    }
+    EXPECT_EQ(kit.Load(Path(scratch.kit("absent"))), kFileNotFound);
+    EXPECT_EQ(scratch.TempFileCount(), 0u);
+}
+
+TEST_F(InstallDataTest, FailureKeepsProductsAlreadyRead) {
+    EXPECT_EQ(LoadInflated(BuildKit({u"en", u"de"}, {{u"a", "1"}, {u"../b", "2"}})), kDamagedData);
+    ASSERT_EQ(kit.products.size(), 2u);
+    EXPECT_EQ(Std(kit.products[1].language), u"de");
+}
+
+// A cut inside the end-of-stream bits may load, but then every table is whole.
+TEST_F(InstallDataTest, EveryTruncationIsRefusedOrLosesNothing) {
+    const Bytes whole = Deflate(BuildKit({u"en", u"de"}, {{u"a/one", "first"}, {u"two", "2"}}), 9);
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        const ResultCode code = Load(Bytes(whole.begin(), whole.begin() + at));
+        EXPECT_TRUE(code == kDamagedData || (code == kOk && kit.files.size() == 2)) << at;
+        Discard();
+    }
+}
+
+TEST(KitFormatTest, OnlyNamesThatStayInsideTheTargetAreSafe) {
+    const auto safe = [](const std::u16string& name) {
+        return kitformat::is_safe_file_name(name.data(), name.size());
+    };
+    for (const char16_t* name :
+         {u"a", u"d/f", u"d\\s\\f", u"a..b", u"..a", u"a/..b/c", u"./a", u"1:x"})
+        EXPECT_TRUE(safe(name)) << Std(name).size();
+    for (const char16_t* name : {u"", u"/a", u"\\a", u"c:f", u"..", u"../a", u"a/..", u"a\\..\\b"})
+        EXPECT_FALSE(safe(name)) << Std(name).size();
+    EXPECT_FALSE(safe(std::u16string(u"a\0b", 3))) << "a zero unit would cut the name short";
+}
+
+// Kits from an independent writer and encoder; their README's table says what each must
+// give: 0 with its counts, or 13. NAME.deflate.inflated holds the exact inflated bytes;
+// without one, inflation itself must fail.
 TEST_F(InstallDataTest, ReferenceKitsLoadAsDocumented) {
-    const char* source = std::getenv("ORD8_SOURCE_DIR");
-    const std::filesystem::path folder =
-        std::filesystem::path(source ? source : ".") / "tests/data/kit";
+    const auto folder =
+        std::filesystem::path(Env("ORD8_SOURCE_DIR").value_or(".")) / "tests/data/kit";
     std::ifstream readme(folder / "README.md");
-    if (!readme) GTEST_SKIP() << "no reference kits";
     const std::regex row(
-        R"(^\| `([\w-]+\.deflate)` \|.*\| (0, (\d+) product\(s\), (\d+) file\(s\)|13) \|$)");
+        R"(^\| `([\w-]+\.deflate)` \|.*\| (0, \d+ product\(s\), \d+ file\(s\)|13) \|$)");
     int rows = 0;
     for (std::string line; std::getline(readme, line);) {
         std::smatch match;
@@ -111,18 +180,16 @@ TEST_F(InstallDataTest, ReferenceKitsLoadAsDocumented) {
         if (inflates) {
             EXPECT_EQ(ReadBytes(scratch.kit("out")), ReadBytes(stream + ".inflated"));
         }
-        InstallData<LZCompressor, FileSystem> reference;
+        Kit reference;
         const ResultCode code = reference.Load(Path(stream));
-        if (match[3].matched) {
-            EXPECT_EQ(code, kOk);
-            EXPECT_EQ(reference.products.size(), std::stoul(match[3]));
-            EXPECT_EQ(reference.files.size(), std::stoul(match[4]));
-            FileSystem::CloseFile(reference.handle);
-        } else {
-            EXPECT_EQ(code, kDamagedData);
-        }
+        EXPECT_EQ(code != kOk
+                      ? std::to_string(code)
+                      : "0, " + std::to_string(reference.products.size()) + " product(s), " +
+                            std::to_string(reference.files.size()) + " file(s)",
+                  match[2].str());
+        if (code == kOk) FileSystem::CloseFile(reference.handle);
     }
-    EXPECT_GE(rows, 10);
+    EXPECT_GE(rows, 10) << folder;
 }
 
 }  // namespace
