@@ -3,14 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace {
 
-TEST(FileTimes, ConvertByTheInstallersRuleAndPrintAcrossLeapRules) {
+// The conversion itself is checked on every file of the round trip; here its limits.
+TEST(FileTimes, ConvertWithinTheirRangeAndPrintAcrossLeapRules) {
     std::uint64_t time = 0;
-    ASSERT_TRUE(kittool::unix_seconds_to_file_time(1709285400, time));
-    EXPECT_EQ(time, 1709285400ull * 10000000 + 116444736000000000u);
     ASSERT_TRUE(kittool::unix_seconds_to_file_time(-11644473600, time));  // 1601 itself
     EXPECT_EQ(time, 0u);
     EXPECT_FALSE(kittool::unix_seconds_to_file_time(-11644473601, time));

@@ -54,8 +54,9 @@ inline std::string source_path(const std::string& relative) {
     return std::string(root != nullptr ? root : ".") + "/" + relative;
 }
 
+// One of the reference kits in tests/data/kit, by its name without ".deflate".
 inline std::string reference_kit(const std::string& name) {
-    return source_path("tests/data/kit/" + name);
+    return source_path("tests/data/kit/" + name + ".deflate");
 }
 
 }  // namespace kittool_test
