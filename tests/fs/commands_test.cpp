@@ -1,7 +1,4 @@
 // These two run commands on purpose: that is what callers use them for.
-#include <gtest/gtest.h>
-
-#include "fs/file_system.h"
 #include "test_support.h"
 
 TEST(Commands, OutputIsTheFirstLineLessItsLastCharacter) {

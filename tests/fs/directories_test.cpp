@@ -1,62 +1,78 @@
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <algorithm>
 
-#include "fs/file_system.h"
 #include "test_support.h"
 
 TEST(CreateDirectory, MakesMissingParentsAcceptsExistingAndRefusesFilesInTheWay) {
     ScratchDirectory scratch;
-    EXPECT_EQ(kOk, FileSystem::CreateDirectory(U16(scratch / "a/b//c/")));
-    EXPECT_EQ(kOk, FileSystem::CreateDirectory(U16(scratch / "a/b/c")));
-    EXPECT_TRUE(S_ISDIR(StatOf(scratch / "a/b/c").st_mode));
-    // A link to a directory counts as that directory, as for any path lookup.
-    ASSERT_EQ(0, symlink("a/b", (scratch / "link").c_str()));
-    EXPECT_EQ(kOk, FileSystem::CreateDirectory(U16(scratch / "link/d")));
-    EXPECT_TRUE(S_ISDIR(StatOf(scratch / "a/b/d").st_mode));
-
+    const std::string deep = scratch / kHostile + "/b/" + kHostile;
+    EXPECT_EQ(kOk, FileSystem::CreateDirectory(U16(scratch / kHostile + "//b/" + kHostile + "/")));
+    EXPECT_EQ(kOk, FileSystem::CreateDirectory(U16(deep)));
+    EXPECT_TRUE(S_ISDIR(StatOf(deep).st_mode));
     WriteText(scratch / "file", "keep me");
-    EXPECT_EQ(kFileNotFound, FileSystem::CreateDirectory(U16(scratch / "file")));
-    EXPECT_EQ(kFileNotFound, FileSystem::CreateDirectory(U16(scratch / "file/sub/deeper")));
-    EXPECT_EQ(kFileNotFound, FileSystem::CreateDirectory(stdx::u16string()));
+    for (const std::string& path : {scratch / "file", scratch / "file/sub/deeper", std::string()})
+        EXPECT_EQ(kFileNotFound, FileSystem::CreateDirectory(U16(path))) << path;
     EXPECT_EQ("keep me", ReadText(scratch / "file"));
 }
 
 TEST(DeleteDirectory, RemovesTheTreeButNothingReachedThroughLinks) {
     ScratchDirectory scratch;
-    ASSERT_EQ(0, mkdir((scratch / "outside").c_str(), 0755));
     WriteText(scratch / "outside/precious", "precious");
-    ASSERT_EQ(kOk, FileSystem::CreateDirectory(U16(scratch / "tree/x/y")));
-    WriteText(scratch / "tree/x/y/file", "2");
-    ASSERT_EQ(0, symlink("../../outside", (scratch / "tree/x/to-dir").c_str()));
-    ASSERT_EQ(0, symlink("../outside/precious", (scratch / "tree/to-file").c_str()));
-    ASSERT_EQ(0, chmod((scratch / "tree/x").c_str(), 0500));
-    ASSERT_EQ(0, symlink("outside", (scratch / "alias").c_str()));
+    WriteText(scratch / kHostile + "/x/y/file", "2");
+    std::filesystem::create_directory_symlink("../../outside", scratch / kHostile + "/x/to-dir");
+    std::filesystem::create_directory_symlink("outside", scratch / "alias");
 
-    EXPECT_EQ(kOk, FileSystem::DeleteDirectory(U16(scratch / "tree/")));
+    EXPECT_EQ(kOk, FileSystem::DeleteDirectory(U16(scratch / kHostile + "/")));
     EXPECT_EQ(kOk, FileSystem::DeleteDirectory(U16(scratch / "alias")));  // only the link
     EXPECT_EQ(kOk, FileSystem::DeleteDirectory(U16(scratch / "never-there")));
     EXPECT_EQ(kOk, FileSystem::DeleteDirectory(U16(scratch / "outside/..")));  // refused
-    EXPECT_EQ(std::vector<std::string>{"outside"}, EntriesOf(scratch.path()));
+    EXPECT_EQ(Names{"outside"}, EntriesOf(scratch.path()));
     EXPECT_EQ("precious", ReadText(scratch / "outside/precious"));
 }
 
 TEST(DeleteFile, RemovesFilesAndWritesOneLineOnlyForRealFailures) {
     ScratchDirectory scratch;
-    WriteText(scratch / "file", "x");
+    WriteText(scratch / kHostile, "x");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(kOk, FileSystem::DeleteFile(U16(scratch / "file")));
+    EXPECT_EQ(kOk, FileSystem::DeleteFile(U16(scratch / kHostile)));
     EXPECT_EQ(kOk, FileSystem::DeleteFile(U16(scratch / "missing")));
-    EXPECT_EQ("", testing::internal::GetCapturedStderr());
-    EXPECT_FALSE(Exists(scratch / "file"));
-
-    // A directory cannot be unlinked; its name, newline and all, is shown on one line.
-    ASSERT_EQ(0, mkdir((scratch / "two\nlines").c_str(), 0755));
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(kOk, FileSystem::DeleteFile(U16(scratch / "two\nlines")));
+    // A directory cannot be unlinked; the newline in its name must not break the line.
+    std::filesystem::create_directory(scratch / kHostile);
+    EXPECT_EQ(kOk, FileSystem::DeleteFile(U16(scratch / kHostile)));
     const std::string diagnostic = testing::internal::GetCapturedStderr();
-    EXPECT_NE(std::string::npos, diagnostic.find(scratch / "two\\012lines")) << diagnostic;
-    EXPECT_EQ(1, std::count(diagnostic.begin(), diagnostic.end(), '\n'));
-    EXPECT_TRUE(Exists(scratch / "two\nlines"));
+    EXPECT_NE(std::string::npos, diagnostic.find("a\\012line")) << diagnostic;
+    EXPECT_EQ(1, std::count(diagnostic.begin(), diagnostic.end(), '\n')) << diagnostic;
+    EXPECT_EQ(Names{kHostile}, EntriesOf(scratch.path()));
+}
+
+// Only an exact path finds anything: an entry is reported only when the search path
+// itself can be stat'ed.
+TEST(Enumeration, OnlyAnExactPathYieldsItsEntryAndOnlyOnce) {
+    ScratchDirectory scratch;
+    WriteText(scratch / kHostile, "x");
+    std::filesystem::create_directory(scratch / "sub");
+    FindData find;
+    // "*" matches, but cannot be stat'ed itself; the stream stays open on the match (and
+    // must not leak when the record is used again).
+    EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / "*")));
+    EXPECT_FALSE(FileSystem::GetFindName(find).empty());
+    for (const char* search : {"absent", "nowhere/name", ""})
+        EXPECT_FALSE(FileSystem::FindFirst(find, U16(scratch / search))) << search;
+    EXPECT_TRUE(FileSystem::GetFindName(find).empty());
+
+    ASSERT_TRUE(FileSystem::FindFirst(find, U16(scratch / kHostile)));
+    EXPECT_EQ(kHostile, Utf8(FileSystem::GetFindName(find)));
+    EXPECT_EQ(0u, FileSystem::GetFindAttributes(find));
+    EXPECT_FALSE(FileSystem::FindNext(find));
+    EXPECT_TRUE(FileSystem::GetFindName(find).empty());
+    ASSERT_TRUE(FileSystem::FindFirst(find, U16(scratch / "sub")));
+    EXPECT_EQ(u"sub", FileSystem::GetFindName(find));
+    EXPECT_EQ(kAttributeDirectory, FileSystem::GetFindAttributes(find));
+
+    // Without a '/', the path is both the directory and the name looked for inside it.
+    const std::filesystem::path saved = std::filesystem::current_path();
+    std::filesystem::current_path(scratch.path());
+    const bool before = FileSystem::FindFirst(find, u"sub");  // no "sub/sub" yet
+    std::filesystem::create_directory("sub/sub");
+    EXPECT_TRUE(FileSystem::FindFirst(find, u"sub") && !before);
+    std::filesystem::current_path(saved);
 }

@@ -1,52 +1,101 @@
-// What the fs tests share: a private directory per test (removed afterwards without
-// using the code under test), a second file system for cross-volume moves, a file-size
-// limit that makes writes fail part way, and small path helpers.
+// What the fs tests share: a private directory per test that also watches for file names
+// run as commands, a name built to be run as one, a file-size limit that makes writes fail
+// part way, and small path helpers. None of it uses the code under test, so a fault there
+// cannot hide in the checks.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <stdexcept>
 #include <string>
-#include <vector>
 
-#include "text/string.h"
+#include "fs/file_system.h"
+#include "text/encoding.h"
 
+using Names = std::set<std::string>;
+
+// The tests name their files with this wherever they can. It would run commands were any
+// operation to hand it to a shell, and "pwned" would then appear in the current directory.
+// It also holds a newline and letters beyond ASCII.
+inline const std::string kHostile =
+    "it's \"quoted\" $(touch pwned) `touch pwned` ;touch pwned; a\nline Žluťoučký кіт";
+
+// Non-ASCII names need a UTF-8 locale, as the installer sets up at start.
+inline const bool kUtf8Locale = setenv("LC_ALL", "C.UTF-8", 1) == 0;
+
+inline stdx::u16string U16(const std::string& utf8) { return stdx::from_multibyte(utf8.c_str()); }
+inline std::string Utf8(const stdx::u16string& text) { return stdx::to_multibyte(text).c_str(); }
+
+// lstat; st_mode is 0 when the path is missing.
+inline struct stat StatOf(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) status.st_mode = 0;
+    return status;
+}
+
+// Makes the missing parent directories too.
+inline void WriteText(const std::string& path, const std::string& bytes) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+inline std::string ReadText(const std::string& path) {  // empty when missing
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline Names EntriesOf(const std::string& directory) {
+    Names names;
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, missing))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+// Made under `base` (by default the current directory, in the build tree) and removed
+// afterwards, checking on the way out that no file name reached a shell.
 class ScratchDirectory {
   public:
-    // Under the build tree (the main disk) unless another base is given.
-    explicit ScratchDirectory(const std::string& base = DefaultBase());
-    ~ScratchDirectory();
+    explicit ScratchDirectory(const std::string& base = std::filesystem::current_path())
+        : path_(base + "/fs-test-XXXXXX") {
+        if (mkdtemp(&path_[0]) == nullptr) throw std::runtime_error("mkdtemp failed in " + base);
+    }
+    ~ScratchDirectory() {
+        EXPECT_FALSE(std::filesystem::exists("pwned")) << "a file name was run as a command";
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     ScratchDirectory(const ScratchDirectory&) = delete;
     ScratchDirectory& operator=(const ScratchDirectory&) = delete;
 
     const std::string& path() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-    static std::string DefaultBase();
 
   private:
     std::string path_;
 };
 
-// A base directory on another device than DefaultBase(), or "" when there is none.
-std::string OtherVolumeBase();
-
-// While alive, files cannot grow beyond `bytes`: writes past it come back short or
-// fail with EFBIG instead of killing the process.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes);
-    ~FileSizeLimit();
-
-  private:
-    rlimit saved_{};
-    void (*savedHandler_)(int) = SIG_DFL;
+// While alive, files cannot grow beyond `bytes`: writes past it come back short or fail
+// with EFBIG instead of killing the process.
+struct FileSizeLimit {
+    explicit FileSizeLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &saved);
+        const rlimit limited = {bytes, saved.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, savedHandler);
+    }
+    void (*savedHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit saved{};
 };
-
-stdx::u16string U16(const std::string& utf8);
-std::string Utf8(const stdx::u16string& text);
-bool Exists(const std::string& path);
-struct stat StatOf(const std::string& path);  // lstat; st_mode 0 when missing
-void WriteText(const std::string& path, const std::string& bytes);
-std::string ReadText(const std::string& path);                     // empty when missing
-std::vector<std::string> EntriesOf(const std::string& directory);  // sorted, no dot entries
