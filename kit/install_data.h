@@ -15,6 +15,7 @@
 
 #include "fs/file_system.h"
 #include "fs/result_codes.h"
+#include "kit/load_refusal.h"
 #include "text/string.h"
 
 namespace config {
@@ -82,6 +83,10 @@ class InstallData {
     FileSystemPolicy fileSystem;
     std::uint32_t bufferSize = kDefaultBufferSize;
     std::unique_ptr<unsigned char[]> buffer;  // bufferSize bytes, for copying
+    // Diagnostics only, for tools that explain a refused kit: Load clears it and, when it
+    // refuses the kit as damaged, says which rule broke and where. The installer ignores
+    // it; the result code stays the contract.
+    LoadRefusal lastRefusal;
 
   private:
     void ReadTables();

@@ -11,8 +11,7 @@ namespace kitreader {
 
 template <class FileSystemPolicy>
 config::ProductInfo ReadProductRecord(Cursor<FileSystemPolicy>& cursor) {
-    const std::vector<unsigned char> body = cursor.ReadRecord(kitformat::kMinProductRecordLength);
-    RecordFields fields(body);
+    RecordFields fields = cursor.ReadRecord(kitformat::kMinProductRecordLength);
     config::ProductInfo product;
     product.language = fields.TakeString();
     product.productName = fields.TakeString();
@@ -25,12 +24,14 @@ config::ProductInfo ReadProductRecord(Cursor<FileSystemPolicy>& cursor) {
 
 template <class FileSystemPolicy>
 config::FileData<FileSystemPolicy> ReadFileRecord(Cursor<FileSystemPolicy>& cursor) {
-    const std::vector<unsigned char> body = cursor.ReadRecord(kitformat::kMinFileRecordLength);
-    RecordFields fields(body);
+    RecordFields fields = cursor.ReadRecord(kitformat::kMinFileRecordLength);
     config::FileData<FileSystemPolicy> file;
+    const std::uint64_t nameStart = fields.position();
     file.name = fields.TakeString();
     // The worker joins this name to the templates directory; it must stay inside it.
-    if (!kitformat::is_safe_file_name(file.name.data(), file.name.size())) Refuse();
+    if (!kitformat::is_safe_file_name(file.name.data(), file.name.size())) {
+        Refuse("unsafe file name", nameStart, fields.place());
+    }
     file.modificationTime = fields.TakeU64();
     file.offset = fields.TakeU32();
     file.size = fields.TakeU32();
@@ -46,24 +47,29 @@ InstallData<Compressor, FileSystemPolicy>::InstallData()
 template <class Compressor, class FileSystemPolicy>
 ResultCode InstallData<Compressor, FileSystemPolicy>::Load(const stdx::u16string& kitPath) {
     bool temporaryFileCreated = false;
-    const ResultCode code = kitreader::Guarded([&] {
-        kitreader::Check(CreateKitTempFile(tempPath));
-        temporaryFileCreated = true;
-        kitreader::Check(compressor.Decompress(kitPath, tempPath));
-        FileHandle opened = kNoHandle;
-        kitreader::Check(
-            FileSystemPolicy::OpenFile(tempPath, kGenericReadWrite, 0, kOpenExisting, opened));
-        handle = opened;
-        ReadTables();
-    });
+    lastRefusal = LoadRefusal{};
+    const ResultCode code = kitreader::Guarded(
+        [&] {
+            kitreader::Check(CreateKitTempFile(tempPath));
+            temporaryFileCreated = true;
+            kitreader::Check(compressor.Decompress(kitPath, tempPath), "deflate data is damaged");
+            FileHandle opened = kNoHandle;
+            kitreader::Check(
+                FileSystemPolicy::OpenFile(tempPath, kGenericReadWrite, 0, kOpenExisting, opened));
+            handle = opened;
+            ReadTables();
+        },
+        &lastRefusal);
     if (code != kOk) AbandonLoad(temporaryFileCreated);
     return code;
 }
 
 template <class Compressor, class FileSystemPolicy>
 void InstallData<Compressor, FileSystemPolicy>::ReadTables() {
+    using kitreader::Place;
     auto cursor = kitreader::Cursor<FileSystemPolicy>::AtStart(handle);
 
+    cursor.Enter(Place{KitTable::kHeader, 0});
     if (cursor.ReadU32() == kitformat::kSingleProductLayout) {
         config::ProductInfo product;
         product.language = u"en";
@@ -72,27 +78,31 @@ void InstallData<Compressor, FileSystemPolicy>::ReadTables() {
         product.descriptionFile = cursor.ReadString();
         products.push_back(std::move(product));
     } else {
-        const std::uint32_t productCount = cursor.ReadU32();
-        cursor.RequireRoomFor(productCount, kitformat::kMinProductRecordLength);
+        cursor.Enter(Place{KitTable::kProducts, 0});
+        const std::uint32_t productCount = cursor.ReadCount(kitformat::kMinProductRecordLength);
         for (std::uint32_t i = 0; i < productCount; ++i) {
+            cursor.Enter(Place{KitTable::kProducts, i + 1});
             products.push_back(kitreader::ReadProductRecord(cursor));
         }
     }
 
     files.clear();
-    const std::uint32_t fileCount = cursor.ReadU32();
-    cursor.RequireRoomFor(fileCount, kitformat::kMinFileRecordLength);
+    cursor.Enter(Place{KitTable::kFiles, 0});
+    const std::uint32_t fileCount = cursor.ReadCount(kitformat::kMinFileRecordLength);
     for (std::uint32_t i = 0; i < fileCount; ++i) {
+        cursor.Enter(Place{KitTable::kFiles, i + 1});
         files.push_back(kitreader::ReadFileRecord(cursor));
     }
 
     // Offsets are stored relative to the data area, which begins right after the table.
     const std::uint64_t dataStart = cursor.position();
-    for (auto& file : files) {
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        auto& file = files[i];
         const std::uint64_t start = dataStart + file.offset;
         if (start > std::numeric_limits<std::uint32_t>::max() ||
             start + file.size > cursor.size()) {
-            kitreader::Refuse();
+            kitreader::Refuse("data range outside the kit", start,
+                              Place{KitTable::kFiles, static_cast<std::uint32_t>(i + 1)});
         }
         file.offset = static_cast<std::uint32_t>(start);
     }

@@ -3,7 +3,8 @@
 // length or allocation is ever trusted beyond what the kit really holds; RecordFields
 // decodes the fields of one record already read into memory without running past it.
 // Both raise Failure, which only InstallData catches: nothing here reaches a caller
-// outside the kit reader.
+// outside the kit reader. A refusal carries a static reason and the place it was met,
+// so that tools can explain a 13 without walking the tables a second time.
 //
 // Threads: a Cursor moves the position of its handle; one thread per handle.
 #pragma once
@@ -11,36 +12,59 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <utility>
 #include <vector>
 
 #include "fs/file_system.h"
 #include "fs/result_codes.h"
 #include "kit/kit_format.h"
+#include "kit/load_refusal.h"
 #include "text/string.h"
 
 namespace kitreader {
 
-// The code of the first failure while reading the kit's tables.
+// The code of the first failure while reading the kit's tables; the refusal's reason
+// is set only when a rule of the kit format was broken.
 struct Failure {
     ResultCode code;
+    LoadRefusal refusal;
 };
 
-[[noreturn]] inline void Refuse() { throw Failure{kDamagedData}; }
+// The table and record the reader is in.
+struct Place {
+    KitTable table = KitTable::kNone;
+    std::uint32_t record = 0;
+};
 
-inline void Check(ResultCode code) {
-    if (code != kOk) throw Failure{code};
+// Reasons met in more than one place.
+constexpr char kKitEndsInsideField[] = "kit ends inside a field";
+constexpr char kStringPastRecord[] = "string runs past its record";
+
+[[noreturn]] inline void Refuse(const char* reason, std::uint64_t position, Place place = {}) {
+    throw Failure{kDamagedData, LoadRefusal{reason, position, place.table, place.record}};
+}
+
+// `reason` explains a 13 that comes from the kit itself rather than from the system.
+inline void Check(ResultCode code, const char* reason = nullptr) {
+    if (code != kOk)
+        throw Failure{code,
+                      LoadRefusal{code == kDamagedData ? reason : nullptr, 0, KitTable::kNone, 0}};
 }
 
 // Runs `body` and turns whatever it raises into a result code, so that no exception
 // leaves the kit reader; running out of memory on a hostile kit counts as damage.
+// `refusal`, when given, receives the failure's refusal (left alone on success).
 template <class Body>
-ResultCode Guarded(Body&& body) noexcept {
+ResultCode Guarded(Body&& body, LoadRefusal* refusal = nullptr) noexcept {
     try {
         body();
         return kOk;
     } catch (const Failure& failure) {
+        if (refusal != nullptr) *refusal = failure.refusal;
         return failure.code;
     } catch (const std::exception&) {
+        if (refusal != nullptr)
+            *refusal = LoadRefusal{"not enough memory to read the kit", 0, KitTable::kNone, 0};
         return kDamagedData;
     }
 }
@@ -58,24 +82,41 @@ inline stdx::u16string DecodeUnits(const unsigned char* bytes, std::size_t count
 // Fields of one record held in memory; every take refuses to run past the record.
 class RecordFields {
   public:
-    explicit RecordFields(const std::vector<unsigned char>& bytes) : bytes_(bytes) {}
+    // `origin` is the kit position of the first byte, for refusals.
+    RecordFields(std::vector<unsigned char> bytes, std::uint64_t origin, Place place)
+        : bytes_(std::move(bytes)), origin_(origin), place_(place) {}
 
-    std::uint32_t TakeU32() { return kitformat::read_u32le(Take(kitformat::kU32Size)); }
-    std::uint64_t TakeU64() { return kitformat::read_u64le(Take(kitformat::kFileTimeSize)); }
+    std::uint64_t position() const { return origin_ + position_; }
+    Place place() const { return place_; }
+
+    std::uint32_t TakeU32() {
+        return kitformat::read_u32le(Take(kitformat::kU32Size, "field runs past its record"));
+    }
+    std::uint64_t TakeU64() {
+        return kitformat::read_u64le(Take(kitformat::kFileTimeSize, "field runs past its record"));
+    }
     stdx::u16string TakeString() {
-        const std::uint32_t units = TakeU32();
-        return DecodeUnits(Take(std::size_t{units} * 2), units);
+        const std::uint64_t start = position();
+        const std::uint32_t units =
+            kitformat::read_u32le(Take(kitformat::kStringCountSize, kStringPastRecord, start));
+        return DecodeUnits(Take(std::size_t{units} * 2, kStringPastRecord, start), units);
     }
 
   private:
-    const unsigned char* Take(std::size_t count) {
-        if (count > bytes_.size() - position_) Refuse();
+    // A refusal names `fieldStart`, where the field being taken begins.
+    const unsigned char* Take(std::size_t count, const char* reason) {
+        return Take(count, reason, position());
+    }
+    const unsigned char* Take(std::size_t count, const char* reason, std::uint64_t fieldStart) {
+        if (count > bytes_.size() - position_) Refuse(reason, fieldStart, place_);
         const unsigned char* field = bytes_.data() + position_;
         position_ += count;
         return field;
     }
 
-    const std::vector<unsigned char>& bytes_;
+    std::vector<unsigned char> bytes_;
+    std::uint64_t origin_;
+    Place place_;
     std::size_t position_ = 0;
 };
 
@@ -103,20 +144,29 @@ class Cursor {
     std::uint64_t size() const { return size_; }
     std::uint64_t remaining() const { return size_ - position_; }
 
-    // Refuses a count of records that cannot fit in the rest of the kit, before anything
-    // is sized by it.
-    void RequireRoomFor(std::uint32_t count, std::size_t minimumRecordLength) const {
-        if (std::uint64_t{count} * minimumRecordLength > remaining()) Refuse();
+    // Names the table and record that later refusals are met in.
+    void Enter(Place place) { place_ = place; }
+
+    // A count of records; refused when that many cannot fit in the rest of the kit,
+    // before anything is sized by it.
+    std::uint32_t ReadCount(std::size_t minimumRecordLength) {
+        const std::uint64_t start = position_;
+        const std::uint32_t count = ReadU32();
+        if (std::uint64_t{count} * minimumRecordLength > remaining()) {
+            Refuse("count cannot fit in the rest of the kit", start, place_);
+        }
+        return count;
     }
 
     void Read(void* destination, std::uint32_t count) {
-        if (count > remaining()) Refuse();
+        if (count > remaining()) Refuse(kKitEndsInsideField, position_, place_);
         std::uint32_t read = 0;
         if (FileSystemPolicy::ReadFile(handle_, destination, count, &read, nullptr) != kOk) {
             const ResultCode code = FileSystemPolicy::GetLastError();
-            throw Failure{code != kOk ? code : kDamagedData};
+            if (code == kOk) Refuse("kit cannot be read", position_, place_);
+            throw Failure{code, LoadRefusal{}};
         }
-        if (read != count) Refuse();  // the file ended early
+        if (read != count) Refuse(kKitEndsInsideField, position_, place_);  // the file ended early
         position_ += count;
     }
 
@@ -128,23 +178,27 @@ class Cursor {
 
     // A kit string standing on its own: count, then that many units.
     stdx::u16string ReadString() {
+        const std::uint64_t start = position_;
         const std::uint32_t units = ReadU32();
-        if (std::uint64_t{units} * 2 > remaining()) Refuse();
+        if (std::uint64_t{units} * 2 > remaining()) {
+            Refuse("string runs past the end of the kit", start, place_);
+        }
         std::vector<unsigned char> bytes(std::size_t{units} * 2);
         Read(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
         return DecodeUnits(bytes.data(), units);
     }
 
-    // The bytes of one record after its length field. The length counts itself and must
-    // leave room for the record's fixed fields.
-    std::vector<unsigned char> ReadRecord(std::size_t minimumLength) {
+    // The fields of one record, after its length field. The length counts itself and
+    // must leave room for the record's fixed fields.
+    RecordFields ReadRecord(std::size_t minimumLength) {
+        const std::uint64_t start = position_;
         const std::uint32_t length = ReadU32();
-        if (length < minimumLength) Refuse();
+        if (length < minimumLength) Refuse("record length below its fixed fields", start, place_);
         const std::uint32_t bodyLength = length - kitformat::kRecordLengthSize;
-        if (bodyLength > remaining()) Refuse();
+        if (bodyLength > remaining()) Refuse("record runs past the end of the kit", start, place_);
         std::vector<unsigned char> body(bodyLength);
         Read(body.data(), bodyLength);
-        return body;
+        return RecordFields(std::move(body), start + kitformat::kRecordLengthSize, place_);
     }
 
   private:
@@ -155,26 +209,29 @@ class Cursor {
     static std::uint64_t Seek(FileHandle handle, std::uint32_t method) {
         std::int32_t high = 0;
         const std::uint32_t low = FileSystemPolicy::SetFilePointer(handle, 0, &high, method);
-        if (high < 0) Refuse();
+        if (high < 0) Refuse("kit too large to address", 0);
         return std::uint64_t{static_cast<std::uint32_t>(high)} << 32 | low;
     }
 
     // Steps stay below 2^31 so that no sign convention of the low part matters.
     static void Rewind(FileHandle handle, std::uint64_t position) {
         constexpr std::uint64_t kStep = 0x7FFFFFFF;
-        if (FileSystemPolicy::SetFilePointer(handle, 0, nullptr, kFileBegin) != 0) Refuse();
+        if (FileSystemPolicy::SetFilePointer(handle, 0, nullptr, kFileBegin) != 0) {
+            Refuse("kit cannot be repositioned", 0);
+        }
         for (std::uint64_t left = position; left > 0;) {
             const std::uint64_t step = left < kStep ? left : kStep;
             FileSystemPolicy::SetFilePointer(handle, static_cast<std::int32_t>(step), nullptr,
                                              kFileCurrent);
             left -= step;
         }
-        if (Seek(handle, kFileCurrent) != position) Refuse();
+        if (Seek(handle, kFileCurrent) != position) Refuse("kit cannot be repositioned", position);
     }
 
     FileHandle handle_;
     std::uint64_t position_;
     std::uint64_t size_;
+    Place place_;
 };
 
 }  // namespace kitreader

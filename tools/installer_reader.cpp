@@ -14,13 +14,39 @@ std::u16string plain(const stdx::u16string& text) {
     return std::u16string(text.data(), text.size());
 }
 
+// The reader names the table and record it was in; outside the tables the position
+// means nothing to a reader of the message, so the reason stands alone.
+std::string describe_refusal(const LoadRefusal& refusal) {
+    if (refusal.reason == nullptr) return {};
+    std::string where;
+    switch (refusal.table) {
+        case KitTable::kNone:
+            return refusal.reason;
+        case KitTable::kHeader:
+            where = "kit header";
+            break;
+        case KitTable::kProducts:
+            where = refusal.record == 0 ? "product table"
+                                        : "product record " + std::to_string(refusal.record);
+            break;
+        case KitTable::kFiles:
+            where = refusal.record == 0 ? "file table"
+                                        : "file record " + std::to_string(refusal.record);
+            break;
+    }
+    return where + " at byte " + std::to_string(refusal.position) + ": " + refusal.reason;
+}
+
 }  // namespace
 
 ReaderView load_with_installer_reader(const std::string& kit_path) {
     InstallData<LZCompressor, FileSystem> data;
     ReaderView view;
     view.code = data.Load(stdx::from_multibyte(stdx::mbstring(kit_path.c_str())));
-    if (view.code != kOk) return view;  // a failed load has removed its file itself
+    if (view.code != kOk) {  // a failed load has removed its file itself
+        view.refusal = describe_refusal(data.lastRefusal);
+        return view;
+    }
 
     for (const config::ProductInfo& product : data.products)
         view.products.push_back(KitProduct{plain(product.language), plain(product.productName),

@@ -7,7 +7,6 @@
 #include "tools/file_time.h"
 #include "tools/inflate_check.h"
 #include "tools/installer_reader.h"
-#include "tools/table_check.h"
 #include "tools/utf_conversion.h"
 
 namespace kittool {
@@ -18,8 +17,9 @@ std::string shown(const std::u16string& text) {
     return utf16_for_display(text.data(), text.size());
 }
 
-std::string refused_by_reader(std::uint32_t code) {
-    return "the installer's reader refuses the kit with code " + describe_result_code(code);
+std::string refused_by_reader(const ReaderView& view) {
+    return "the installer's reader refuses the kit with code " + describe_result_code(view.code) +
+           (view.refusal.empty() ? "" : ": " + view.refusal);
 }
 
 // The first problem of the stream itself, or empty.
@@ -45,7 +45,7 @@ std::string stream_problem(const InflateReport& report) {
 bool list_kit(const std::string& kit_path, std::string& listing, std::string& error) {
     const ReaderView view = load_with_installer_reader(kit_path);
     if (view.code != 0) {
-        error = refused_by_reader(view.code);
+        error = refused_by_reader(view);
         return false;
     }
     for (const KitProduct& product : view.products)
@@ -66,23 +66,21 @@ bool verify_kit(const std::string& kit_path, std::string& summary, std::string& 
     InflateReport stream;
     if (!inflate_kit(kit_path, scratch.get(), stream, error)) return false;
 
-    // Stream, then tables, then trailing bytes: the first problem is the one reported.
+    // Stream, then the reader's refusal, then trailing bytes: the first problem is the
+    // one reported. The reader alone judges the tables; the stream checks are the tool's.
+    const ReaderView view = load_with_installer_reader(kit_path);
     std::string problem = stream_problem(stream);
-    if (problem.empty()) {
-        const TableReport tables = check_kit_tables(scratch.get(), stream.inflated_size);
-        if (!tables.sound) problem = tables.problem;
-    }
+    if (problem.empty()) problem = view.refusal;
     if (problem.empty() && stream.trailing_bytes > 0)
         problem =
             std::to_string(stream.trailing_bytes) + " bytes follow the end of the deflate stream";
 
-    const ReaderView view = load_with_installer_reader(kit_path);
     if (!problem.empty()) {
         error = problem + "; the installer's reader answers " + describe_result_code(view.code);
         return false;
     }
     if (view.code != 0) {
-        error = refused_by_reader(view.code);
+        error = refused_by_reader(view);
         return false;
     }
     summary = "sound: " + std::to_string(view.products.size()) + " product(s), " +

@@ -125,7 +125,13 @@ TEST_F(InstallDataTest, EachRefusalRuleGivesDamagedData) {
     for (const auto& [what, inflated] : cases) {
         SCOPED_TRACE(what);
         EXPECT_EQ(LoadInflated(inflated), kDamagedData);
+        EXPECT_NE(kit.lastRefusal.reason, nullptr);
     }
+    EXPECT_STREQ(kit.lastRefusal.reason, "unsafe file name");
+    EXPECT_EQ(kit.lastRefusal.position, 16u) << "where the name begins";
+    ASSERT_EQ(LoadInflated(KitWriter().U32(1).U32(0).U32(0).bytes), kOk);
+    EXPECT_EQ(kit.lastRefusal.reason, nullptr);
+    Discard();
     EXPECT_EQ(kit.Load(Path(scratch.kit("absent"))), kFileNotFound);
     EXPECT_EQ(scratch.TempFileCount(), 0u);
 }
