@@ -28,7 +28,7 @@ StartupChoices Choose(const std::string& args, const std::string& locale, const 
 
 TEST(StartupChoices, FollowTheCommandLineThenTheLocale) {
     struct Case {
-        const char* args;  // split at spaces
+        const char* args;
         const char* locale;
         const char* lang;  // LANG before start-up; nullptr: unset
         bool useCwd;
@@ -39,28 +39,26 @@ TEST(StartupChoices, FollowTheCommandLineThenTheLocale) {
     };
     // clang-format off
     const Case cases[] = {
-        {"",                    "de_AT", "C",     false, false, 7,  u"de", nullptr},
-        {"usecwd",              "en_US", "C",     true,  false, 3,  u"en", nullptr},
-        {"usecwd /S /Lru",      "en",    "C",     true,  true,  1,  u"ru", nullptr},
-        {"usecwdX /S",          "en",    "C",     false, true,  3,  u"en", nullptr},
-        {"/Lde usecwd",         "en",    "C",     false, false, 7,  u"de", nullptr},
-        {"/S /Lde",             "en",    "C",     false, true,  7,  u"de", nullptr},
-        {"/Lde /S",             "en",    "C",     false, false, 7,  u"de", nullptr},
-        {"/Lxx /S",             "uk_UA", "C",     false, false, 2,  u"uk", nullptr},
-        {"/L",                  "it_IT", "C",     false, false, 16, u"it", nullptr},
-        {"/LDE",                "fr_FR", "C",     false, false, 3,  u"en", nullptr},
-        {"/Ldeu",               "es_ES", "C",     false, false, 14, u"es", nullptr},
-        {"-s -lde",             "en",    "C",     false, true,  7,  u"de", nullptr},
-        {"/Silent -Lbg",        "en",    "C",     false, true,  6,  u"bg", nullptr},
-        {"/X S Lde / - /Lkk",   "en",    "C",     false, false, 10, u"kk", nullptr},
-        {"",                    "pt_BR", nullptr, false, false, 3,  u"en", "pt_BR.UTF-8"},
-        {"",                    "uk_UA", "C",     false, false, 2,  u"uk", nullptr},
-        {"",                    "hy_AM", "",      false, false, 15, u"hy", "hy_AM.UTF-8"},
-        {"",                    "haw",   nullptr, false, false, 3,  u"en", "haw.UTF-8"},
-        {"",                    "hye",   "C",     false, false, 15, u"hy", nullptr},
-        {"",                    "e",     "C",     false, false, 3,  u"en", nullptr},
-        {"/Lvi",                "tr_TR", nullptr, false, false, 11, u"vi", nullptr},
-        {"/Lzz",                "tr_TR", nullptr, false, false, 12, u"tr", "tr_TR.UTF-8"},
+        {"",                  "de_AT", "C",     false, false, 7,  u"de", nullptr},
+        {"usecwd /S /Lru",    "en",    "C",     true,  true,  1,  u"ru", nullptr},
+        {"usecwdX /S",        "en",    "C",     false, true,  3,  u"en", nullptr},
+        {"/Lde usecwd",       "en",    "C",     false, false, 7,  u"de", nullptr},
+        {"/S /Lde",           "en",    "C",     false, true,  7,  u"de", nullptr},
+        {"/Lde /S",           "en",    "C",     false, false, 7,  u"de", nullptr},
+        {"/Lxx /S",           "uk_UA", "C",     false, false, 2,  u"uk", nullptr},
+        {"/L",                "it_IT", "C",     false, false, 16, u"it", nullptr},
+        {"/LDE",              "fr_FR", "C",     false, false, 3,  u"en", nullptr},
+        {"/Ldeu",             "es_ES", "C",     false, false, 14, u"es", nullptr},
+        {"-s -lde",           "en",    "C",     false, true,  7,  u"de", nullptr},
+        {"/Silent -Lbg",      "en",    "C",     false, true,  6,  u"bg", nullptr},
+        {"/X S Lde / - /Lkk", "en",    "C",     false, false, 10, u"kk", nullptr},
+        {"",                  "pt_BR", nullptr, false, false, 3,  u"en", "pt_BR.UTF-8"},
+        {"",                  "hy_AM", "",      false, false, 15, u"hy", "hy_AM.UTF-8"},
+        {"",                  "haw",   nullptr, false, false, 3,  u"en", "haw.UTF-8"},
+        {"",                  "hye",   "C",     false, false, 15, u"hy", nullptr},
+        {"",                  "e",     "C",     false, false, 3,  u"en", nullptr},
+        {"/Lvi",              "tr_TR", nullptr, false, false, 11, u"vi", nullptr},
+        {"/Lzz",              "tr_TR", nullptr, false, false, 12, u"tr", "tr_TR.UTF-8"},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -72,50 +70,29 @@ TEST(StartupChoices, FollowTheCommandLineThenTheLocale) {
         EXPECT_EQ(choices.languageName, Text(c.languageName));
         EXPECT_EQ(choices.langToSet.value_or("<none>"), c.langToSet ? c.langToSet : "<none>");
     }
+    const char* const noArguments[] = {nullptr};
+    EXPECT_EQ(ChooseStartup(0, noArguments, "lt_LT", "C").languageId, 5);
 }
 
-TEST(StartupChoices, ToleratesAnArgumentVectorWithoutProgramName) {
-    const char* const argv[] = {nullptr};
-    const StartupChoices choices = ChooseStartup(0, argv, "lt_LT", "C");
-    EXPECT_FALSE(choices.useCwd);
-    EXPECT_EQ(choices.languageId, 5);
-}
-
-// Applying changes process state; put LANG and the catalogue language back afterwards.
-class ApplyStartupChoicesTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        const char* lang = std::getenv("LANG");
-        if (lang != nullptr) savedLang_ = lang;
-    }
-    void TearDown() override {
-        if (savedLang_)
-            setenv("LANG", savedLang_->c_str(), 1);
-        else
-            unsetenv("LANG");
-        SetLanguage(kDefaultLanguageId);
-    }
-
-  private:
-    std::optional<std::string> savedLang_;
-};
-
-TEST_F(ApplyStartupChoicesTest, SetsLangAndReturnsTheTitleInTheChosenLanguage) {
+TEST(ApplyStartupChoices, SetsLangOnlyWhenAskedAndReturnsTheChosenTitle) {
+    const char* before = std::getenv("LANG");
+    const std::optional<std::string> saved =
+        before ? std::optional<std::string>(before) : std::nullopt;
     unsetenv("LANG");
-    const StartupChoices choices = Choose("/Lxx", "bg_BG", std::getenv("LANG"));
-    const Text title = ApplyStartupChoices(choices);
-    ASSERT_NE(std::getenv("LANG"), nullptr);
+    const auto title = [](std::int32_t id) {
+        return CatalogueLanguages().at(id).texts.at("IDS_TITLE_INSTALLER");
+    };
+    EXPECT_EQ(ApplyStartupChoices(Choose("/Lxx", "bg_BG", nullptr)), title(6));
     EXPECT_STREQ(std::getenv("LANG"), "bg_BG.UTF-8");
     EXPECT_EQ(CurrentLanguage(), 6);
-    EXPECT_EQ(title, CatalogueLanguages().at(6).texts.at("IDS_TITLE_INSTALLER"));
-}
+    EXPECT_EQ(ApplyStartupChoices(Choose("/Lel", "de_DE", "C")), title(13));
+    EXPECT_STREQ(std::getenv("LANG"), "bg_BG.UTF-8");
 
-TEST_F(ApplyStartupChoicesTest, LeavesLangAloneWhenNotAsked) {
-    setenv("LANG", "C", 1);
-    const StartupChoices choices = Choose("/Lel", "de_DE", std::getenv("LANG"));
-    const Text title = ApplyStartupChoices(choices);
-    EXPECT_STREQ(std::getenv("LANG"), "C");
-    EXPECT_EQ(title, CatalogueLanguages().at(13).texts.at("IDS_TITLE_INSTALLER"));
+    if (saved)
+        setenv("LANG", saved->c_str(), 1);
+    else
+        unsetenv("LANG");
+    SetLanguage(kDefaultLanguageId);
 }
 
 }  // namespace
