@@ -3,11 +3,14 @@
 #include <cstdio>
 #include <limits>
 
+#include "fs/file_system.h"
+
 namespace kittool {
 
 namespace {
 
 constexpr std::uint64_t kSecondsPerDay = 86400;
+constexpr std::uint64_t kFileTimeUnitsPerSecond = 10000000;
 
 // Days since 1601-01-01 to a proleptic Gregorian date. 1601 opens a 400-year cycle,
 // so the cycle arithmetic needs no shift.
@@ -43,15 +46,11 @@ void civil_from_days(std::uint64_t days, std::uint64_t& year, unsigned& month, u
 }  // namespace
 
 bool unix_seconds_to_file_time(std::int64_t seconds, std::uint64_t& file_time) {
-    constexpr std::int64_t kEpochSeconds =
-        static_cast<std::int64_t>(kUnixEpochAsFileTime / kFileTimeUnitsPerSecond);
-    if (seconds < -kEpochSeconds) return false;
-    // Unsigned from here: seconds + kEpochSeconds could overflow a signed value.
-    const std::uint64_t since_1601 =
-        static_cast<std::uint64_t>(seconds) + static_cast<std::uint64_t>(kEpochSeconds);
-    if (since_1601 > std::numeric_limits<std::uint64_t>::max() / kFileTimeUnitsPerSecond)
+    // The installer's conversion wraps outside this range; the tool refuses instead.
+    if (seconds < FileSystem::FileTimeToUnixTime(0) ||
+        seconds > FileSystem::FileTimeToUnixTime(std::numeric_limits<FileTime>::max()))
         return false;
-    file_time = since_1601 * kFileTimeUnitsPerSecond;
+    file_time = FileSystem::UnixTimeToFileTime(seconds);
     return true;
 }
 

@@ -9,11 +9,8 @@
 
 namespace kittool {
 
-constexpr std::uint64_t kFileTimeUnitsPerSecond = 10000000;
-constexpr std::uint64_t kUnixEpochAsFileTime = 116444736000000000;
-
-// seconds x 10,000,000 + 116,444,736,000,000,000. False for times before 1601 or so far
-// ahead that the product does not fit in 64 bits.
+// The installer's own conversion (FileSystem::UnixTimeToFileTime), refusing with false
+// the times it cannot hold: before 1601, or so far ahead that they do not fit 64 bits.
 bool unix_seconds_to_file_time(std::int64_t seconds, std::uint64_t& file_time);
 
 // "YYYY-MM-DDTHH:MM:SSZ" in UTC; fractions of a second are dropped. Every 64-bit value
