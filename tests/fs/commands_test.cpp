@@ -1,5 +1,6 @@
 // These two run commands on purpose: that is what callers use them for.
-#include "test_support.h"
+#include "fs/file_system.h"
+#include "tests/support/test_support.h"
 
 TEST(Commands, OutputIsTheFirstLineLessItsLastCharacter) {
     EXPECT_EQ(u"first", FileSystem::RunCommandOutput(u"printf 'first\\nsecond\\n'"));

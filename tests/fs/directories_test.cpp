@@ -1,6 +1,7 @@
 #include <algorithm>
 
-#include "test_support.h"
+#include "fs/file_system.h"
+#include "tests/support/test_support.h"
 
 TEST(CreateDirectory, MakesMissingParentsAcceptsExistingAndRefusesFilesInTheWay) {
     ScratchDirectory scratch;

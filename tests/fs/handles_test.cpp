@@ -3,7 +3,8 @@
 #include <cerrno>
 #include <vector>
 
-#include "test_support.h"
+#include "fs/file_system.h"
+#include "tests/support/test_support.h"
 
 namespace {
 

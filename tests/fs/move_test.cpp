@@ -1,6 +1,7 @@
 #include <sys/time.h>
 
-#include "test_support.h"
+#include "fs/file_system.h"
+#include "tests/support/test_support.h"
 
 namespace {
 

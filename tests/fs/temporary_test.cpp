@@ -1,6 +1,7 @@
 #include <sys/statvfs.h>
 
-#include "test_support.h"
+#include "fs/file_system.h"
+#include "tests/support/test_support.h"
 
 TEST(TempDirectory, UsesTmpdirOnlyWhenItNamesADirectoryAndEndsItInASlash) {
     ScratchDirectory scratch;

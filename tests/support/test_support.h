@@ -1,29 +1,32 @@
-// What the fs tests share: a private directory per test that also watches for file names
-// run as commands, a name built to be run as one, a file-size limit that makes writes fail
-// part way, and small path helpers. None of it uses the code under test, so a fault there
-// cannot hide in the checks.
+// What every test module shares: a private scratch folder that also watches for file
+// names run as commands, a name built to be run as one, byte-exact file access, an
+// environment variable set for one scope, a file-size limit that makes writes fail part
+// way, and a child process that has given up root. None of it uses the code under test,
+// so a fault there cannot hide in the checks. Module headers add only what is their own.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
 
-#include "fs/file_system.h"
 #include "text/encoding.h"
 
 using Names = std::set<std::string>;
 
-// The tests name their files with this wherever they can. It would run commands were any
+// Tests name their files with this wherever they can. It would run commands were any
 // operation to hand it to a shell, and "pwned" would then appear in the current directory.
 // It also holds a newline and letters beyond ASCII.
 inline const std::string kHostile =
@@ -42,7 +45,7 @@ inline struct stat StatOf(const std::string& path) {
     return status;
 }
 
-// Makes the missing parent directories too.
+// Replaces the file, making the missing parent directories too.
 inline void WriteText(const std::string& path, const std::string& bytes) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
@@ -53,7 +56,7 @@ inline std::string ReadText(const std::string& path) {  // empty when missing
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-inline Names EntriesOf(const std::string& directory) {
+inline Names EntriesOf(const std::string& directory) {  // empty when missing
     Names names;
     std::error_code missing;
     for (const auto& entry : std::filesystem::directory_iterator(directory, missing))
@@ -66,7 +69,7 @@ inline Names EntriesOf(const std::string& directory) {
 class ScratchDirectory {
   public:
     explicit ScratchDirectory(const std::string& base = std::filesystem::current_path())
-        : path_(base + "/fs-test-XXXXXX") {
+        : path_(base + "/ord8-test-XXXXXX") {
         if (mkdtemp(&path_[0]) == nullptr) throw std::runtime_error("mkdtemp failed in " + base);
     }
     ~ScratchDirectory() {
@@ -84,8 +87,24 @@ class ScratchDirectory {
     std::string path_;
 };
 
+// Sets (or, with nullopt, unsets) an environment variable until the end of the scope.
+class ScopedEnvironment {
+  public:
+    ScopedEnvironment(const char* name, const std::optional<std::string>& value) : name_(name) {
+        if (const char* old = std::getenv(name)) saved_ = old;
+        value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+    }
+    ~ScopedEnvironment() { saved_ ? setenv(name_, saved_->c_str(), 1) : unsetenv(name_); }
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+  private:
+    const char* name_;
+    std::optional<std::string> saved_;
+};
+
 // While alive, files cannot grow beyond `bytes`: writes past it come back short or fail
-// with EFBIG instead of killing the process.
+// with EFBIG instead of killing the process. It stands in for a full disk.
 struct FileSizeLimit {
     explicit FileSizeLimit(rlim_t bytes) {
         getrlimit(RLIMIT_FSIZE, &saved);
@@ -99,3 +118,20 @@ struct FileSizeLimit {
     void (*savedHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
     rlimit saved{};
 };
+
+// The user id permission tests act as: root is not stopped by permissions.
+constexpr uid_t kNobody = 65534;
+
+// Runs `body` in a child that has become `kNobody` and answers its exit status, or -1
+// when the child could not drop root or did not exit normally. Only for callers that are
+// root (CI is); others skip such tests.
+inline int RunAsNobody(const std::function<int()>& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(255);
+        _exit(body());
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
+    return WEXITSTATUS(status) == 255 ? -1 : WEXITSTATUS(status);
+}
