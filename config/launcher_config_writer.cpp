@@ -1,24 +1,24 @@
-#include "config/file_replacement.h"
 #include "config/launcher_config_file.h"
+#include "fs/file_replacement.h"
 #include "text/encoding.h"
 
 namespace config {
 
 void write_config_file(const stdx::u16string& path, const LauncherConfigStore& store) {
     FileReplacement file;
-    if (file.begin(stdx::to_multibyte(path)) != FileReplacement::Outcome::kDone)
+    if (file.Begin(stdx::to_multibyte(path)) != FileReplacement::Outcome::kDone)
         throw static_cast<int>(kConfigCannotOpen);
-    // Thrown before commit(), the replacement's destructor removes the unfinished file.
+    // Thrown before Commit(), the replacement's destructor removes the unfinished file.
     for (const LauncherConfigEntry& entry : store.entries()) {
         const stdx::mbstring key = stdx::to_multibyte(entry.key);
         for (const stdx::u16string& value : entry.values) {
-            if (std::fprintf(file.stream(), "%s=%s", key.c_str(),
+            if (std::fprintf(file.Stream(), "%s=%s", key.c_str(),
                              stdx::to_multibyte(value).c_str()) < 0 ||
-                std::fputc('\n', file.stream()) == EOF)
+                std::fputc('\n', file.Stream()) == EOF)
                 throw static_cast<int>(kConfigCannotWrite);
         }
     }
-    switch (file.commit()) {
+    switch (file.Commit()) {
         case FileReplacement::Outcome::kDone:
             return;
         case FileReplacement::Outcome::kCannotWrite:

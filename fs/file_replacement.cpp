@@ -1,4 +1,4 @@
-#include "config/file_replacement.h"
+#include "fs/file_replacement.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,13 +7,12 @@
 #include <cstdlib>
 #include <vector>
 
-namespace config {
 namespace {
 
 // Platform difference: on macOS fsync only hands the data to the drive, which may keep
 // it in its cache; F_FULLFSYNC asks the drive to write it out (not every file system
 // supports it, hence the fallback). Elsewhere fsync does both.
-int flush_to_storage(int fd) {
+int FlushToStorage(int fd) {
 #if defined(__APPLE__)
     if (fcntl(fd, F_FULLFSYNC) == 0) return 0;
 #endif
@@ -23,14 +22,14 @@ int flush_to_storage(int fd) {
 constexpr mode_t kNewFileMode = 0644;
 constexpr int kMaxLinkHops = 40;  // the usual kernel limit; more means a loop
 
-stdx::mbstring folder_prefix(const stdx::mbstring& path) {  // with its "/", or empty
+stdx::mbstring FolderPrefix(const stdx::mbstring& path) {  // with its "/", or empty
     const std::size_t slash = path.rfind('/');
     return slash == stdx::mbstring::npos ? stdx::mbstring() : path.substr(0, slash + 1);
 }
 
 // The file that a write to `path` must replace: the end of its chain of links, which
 // need not exist yet. False for a link loop or an unreadable link.
-bool resolve_link_target(stdx::mbstring path, stdx::mbstring& target) {
+bool ResolveLinkTarget(stdx::mbstring path, stdx::mbstring& target) {
     for (int hop = 0; hop < kMaxLinkHops; ++hop) {
         struct stat status {};
         if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
@@ -42,7 +41,7 @@ bool resolve_link_target(stdx::mbstring path, stdx::mbstring& target) {
         // A link that grew since lstat may have been cut: treat it as unreadable.
         if (length < 0 || static_cast<std::size_t>(length) >= link.size()) return false;
         const stdx::mbstring next(link.data(), static_cast<std::size_t>(length));
-        path = !next.empty() && next[0] == '/' ? next : folder_prefix(path) + next;
+        path = !next.empty() && next[0] == '/' ? next : FolderPrefix(path) + next;
     }
     return false;
 }
@@ -54,8 +53,8 @@ FileReplacement::~FileReplacement() {
     if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
-FileReplacement::Outcome FileReplacement::begin(const stdx::mbstring& path) {
-    if (path.empty() || !resolve_link_target(path, target_)) return Outcome::kCannotCreate;
+FileReplacement::Outcome FileReplacement::Begin(const stdx::mbstring& path) {
+    if (path.empty() || !ResolveLinkTarget(path, target_)) return Outcome::kCannotCreate;
 
     mode_t mode = kNewFileMode;
     struct stat status {};
@@ -90,11 +89,11 @@ FileReplacement::Outcome FileReplacement::begin(const stdx::mbstring& path) {
     return Outcome::kDone;
 }
 
-FileReplacement::Outcome FileReplacement::commit() {
+FileReplacement::Outcome FileReplacement::Commit() {
     if (stream_ == nullptr) return Outcome::kCannotCreate;
     // Errors of buffered writes show only when the buffer goes out, so each step counts.
     const bool flushed = std::fflush(stream_) == 0 && std::ferror(stream_) == 0 &&
-                         flush_to_storage(fileno(stream_)) == 0;
+                         FlushToStorage(fileno(stream_)) == 0;
     const bool closed = std::fclose(stream_) == 0;
     stream_ = nullptr;
     if (!flushed || !closed) return Outcome::kCannotWrite;
@@ -103,13 +102,11 @@ FileReplacement::Outcome FileReplacement::commit() {
     temporary_.clear();
 
     // Make the rename itself durable; the new contents are already safe if this fails.
-    const stdx::mbstring folder = folder_prefix(target_);
+    const stdx::mbstring folder = FolderPrefix(target_);
     const int dirFd = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY);
     if (dirFd >= 0) {
-        flush_to_storage(dirFd);
+        FlushToStorage(dirFd);
         close(dirFd);
     }
     return Outcome::kDone;
 }
-
-}  // namespace config
