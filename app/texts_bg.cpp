@@ -26,7 +26,7 @@ LanguageTexts BulgarianTexts() {
     t.defProduct = "<Продукт>";
     t.defProvider = "<Доставчик>";
     t.successFinish = "Конфигурацията е инсталирана успешно.";
-    t.successOpenDescr = "Отваряне на описанието на инсталационния пакет";
+    t.successOpenDescr = "Отваряне на описанието на пакета";
     t.progressStart = "Копиране на файловете...";
     t.errorFinish =
         "По време на инсталирането възникна грешка. Инсталирането е прекратено. Директорията "

@@ -7,7 +7,7 @@ LanguageTexts GermanTexts() {
     LanguageTexts t;
     t.wizardBack = "< Zurück";
     t.wizardNext = "Weiter >";
-    t.wizardFinish = "Fertig stellen";
+    t.wizardFinish = "Fertig";
     t.wizardCancel = "Abbrechen";
     t.acceptCancel = "Möchten Sie die Installation wirklich abbrechen?";
     t.titleInstaller = "Installation der Konfiguration";

@@ -33,7 +33,7 @@ LanguageTexts TurkishTexts() {
     t.cancelFinish = "Kurulum iptal edildi. Şablon dizini değiştirilmedi.";
     t.browseSelDir = "Seçilen dizin:";
     t.browseOk = "Seç";
-    t.welcomeTitle = "Ürün kurulum programına hoş geldiniz";
+    t.welcomeTitle = "Kurulum programına hoş geldiniz. Kurulacak ürün:";
     t.setupExistedTarget =
         "Kurulum dizini, kurulum sırasında değiştirilebilecek dosyalar içeriyor. Devam etmek "
         "istiyor musunuz?";
