@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <optional>
 
 #include "fs/result_codes.h"
 #include "text/string.h"
@@ -57,6 +58,16 @@ struct FindData {
 
 class FileSystem {
   public:
+    // The bytes that system calls receive for `path`: its UTF-8 form, or nothing when
+    // some of it would be lost. The text conversion stops at the first unit it cannot
+    // convert (a lone surrogate, either half of a character above U+FFFF), so
+    // ".../victim/<U+1F600>-backup" would come out as ".../victim/"; a zero unit inside
+    // cuts it the same way. Every operation below that takes a path refuses such a path,
+    // failing as for one that cannot exist (OpenFile with 87; DeleteDirectory and
+    // DeleteFile answer 0 and remove nothing). Code that opens files itself must refuse
+    // it too.
+    static std::optional<stdx::mbstring> ToSystemPath(const stdx::u16string& path);
+
     // Enumeration. FindNext reports a matching entry only when the search path itself
     // can be stat'ed, so "dir/*" yields nothing while "dir/name" yields name.
     static bool FindFirst(FindData& find, const stdx::u16string& path);
@@ -65,13 +76,14 @@ class FileSystem {
     static std::uint32_t GetFindAttributes(const FindData& find);  // 16 for a directory
     static void FindClose(FindData& find);
 
-    // TMPDIR when it names a directory, else "/var/tmp/"; always ends in '/'. Returns 0.
+    // TMPDIR when it names a directory and converts to UTF-16 and back unchanged, else
+    // "/var/tmp/"; always ends in '/'. Returns 0.
     static ResultCode GetTempDirectory(stdx::u16string& path);
-    // Creates a new empty file (mode 0600) named directory + '/' (unless it already ends
-    // in one, or is empty: the current directory) + prefix + six random letters or
+    // Creates a new empty file (mode 0600) named directory (the temporary directory when
+    // empty) + '/' (unless it already ends in one) + prefix + six random letters or
     // digits. Name choice and creation are one exclusive step, so two callers never get
     // the same file. 0, or 1013 when it cannot be made; `name` receives the (last tried)
-    // name either way.
+    // name either way, or nothing when the directory or prefix does not convert whole.
     static ResultCode CreateTempFile(const stdx::u16string& directory,
                                      const stdx::u16string& prefix, stdx::u16string& name);
 

@@ -55,5 +55,29 @@ TEST_F(LauncherFileFormat, ByteOrderMarkProbeAnswersTrueOnlyForOtherFiles) {
     EXPECT_FALSE(file_starts_with_utf16_bom(u16(home_ + "/missing")));
 }
 
+// Converted, such a path would lose its tail and name the planted file instead.
+TEST_F(LauncherFileFormat, PathThatDoesNotConvertWholeIsNeverOpened) {
+    write_bytes(home_ + "/in.cfg", "k=v\n");
+    LauncherConfigStore full;
+    full.insert(u"a", u"b");
+    for (const stdx::u16string& tail :
+         {stdx::u16string(u"\U0001F600"), stdx::u16string(1, char16_t{0xDC00})}) {
+        const stdx::u16string path = u16(home_ + "/in.cfg") + tail;
+        LauncherConfigStore store;
+        EXPECT_TRUE(read_config_file(path, store));
+        EXPECT_TRUE(store.entries().empty());
+        EXPECT_FALSE(file_starts_with_utf16_bom(path));
+        int thrown = 0;
+        try {
+            write_config_file(path, full);
+        } catch (int code) {
+            thrown = code;
+        }
+        EXPECT_EQ(thrown, kConfigCannotOpen);
+    }
+    EXPECT_EQ(read_bytes(home_ + "/in.cfg"), "k=v\n");
+    EXPECT_EQ(configtest::names_in(home_), std::set<std::string>{"in.cfg"});
+}
+
 }  // namespace
 }  // namespace config

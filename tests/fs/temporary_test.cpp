@@ -3,20 +3,24 @@
 #include "fs/file_system.h"
 #include "tests/support/test_support.h"
 
-TEST(TempDirectory, UsesTmpdirOnlyWhenItNamesADirectoryAndEndsItInASlash) {
+// A folder whose name does not survive UTF-16 would be reached under another name.
+TEST(TempDirectory, UsesTmpdirOnlyWhenItNamesADirectoryThatConvertsWhole) {
     ScratchDirectory scratch;
     WriteText(scratch / "file", "x");
-    const char* old = std::getenv("TMPDIR");
-    const std::string saved = old != nullptr ? old : "";
-    const std::pair<std::string, std::string> cases[] = {
-        {scratch / "file", "/var/tmp/"}, {"/tmp", "/tmp/"}, {scratch / "", scratch / ""}};
-    for (const auto& tmpdir : cases) {
-        setenv("TMPDIR", tmpdir.first.c_str(), 1);
+    const std::string emoji = scratch / "\xF0\x9F\x98\x80", invalid = scratch / "\xFF";
+    std::filesystem::create_directory(emoji);
+    std::filesystem::create_directory(invalid);
+    const std::pair<std::string, std::string> cases[] = {{scratch / "file", "/var/tmp/"},
+                                                         {"/tmp", "/tmp/"},
+                                                         {scratch / "", scratch / ""},
+                                                         {emoji, "/var/tmp/"},
+                                                         {invalid, "/var/tmp/"}};
+    for (const auto& [tmpdir, expected] : cases) {
+        ScopedEnvironment environment("TMPDIR", tmpdir);
         stdx::u16string path;
-        EXPECT_EQ(kOk, FileSystem::GetTempDirectory(path));
-        EXPECT_EQ(tmpdir.second, Utf8(path)) << tmpdir.first;
+        FileSystem::GetTempDirectory(path);
+        EXPECT_EQ(expected, Utf8(path)) << tmpdir;
     }
-    old != nullptr ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
 }
 
 TEST(SpaceQueries, SizesAreTheLowThirtyTwoBitsAndFailuresHaveTheirCodes) {
@@ -64,4 +68,9 @@ TEST(TempFile, EachCallMakesADistinctNewEmptyFileOrSaysItCannotWrite) {
     EXPECT_EQ(kCannotWrite, FileSystem::CreateTempFile(U16(scratch / "no"), u"edf", name));
     EXPECT_EQ(scratch / "no/edf", Utf8(name).substr(0, name.size() - 6));
     EXPECT_FALSE(std::filesystem::exists(scratch / "no"));
+    // No directory means the temporary one.
+    ScopedEnvironment environment("TMPDIR", scratch / "no");
+    std::filesystem::create_directory(scratch / "no");
+    ASSERT_EQ(kOk, FileSystem::CreateTempFile(u"", u"edf", name));
+    EXPECT_EQ(scratch / "no/edf", Utf8(name).substr(0, name.size() - 6));
 }
