@@ -91,18 +91,19 @@ class FileSystem {
     // as needed, new ones with mode 0777 less the umask), 2 otherwise (a file in the
     // way, an empty path, no permission).
     static ResultCode CreateDirectory(const stdx::u16string& path);
-    // Removes a file, or a directory with everything below it. Symbolic links are
-    // removed as links, never followed. "/" and paths ending in "." or ".." are left
-    // alone. Always 0.
+    // Removes a file, or a directory with everything below it, however deep. Symbolic
+    // links are removed as links, never followed; a file system mounted inside the tree
+    // is left alone, and so are "/" and paths ending in "." or "..". Always 0.
     static ResultCode DeleteDirectory(const stdx::u16string& path);
     // Renames `from` to `to`; `to` is the new name itself, never a directory to move
     // into. An existing file at `to` is replaced; an existing directory only when it is
     // empty and `from` is one too. 0 moved; 2 failed (a missing source included).
-    // Across file systems, files and whole directory trees are copied (bytes, mode,
-    // access and modification times in whole seconds; links as links; devices, pipes
-    // and sockets are refused) under a hidden name beside `to`, renamed into place
-    // when complete, and only then is the source removed. A failed copy leaves the
-    // source and any old `to` untouched and no partial copy behind.
+    // Across file systems, files and whole directory trees of any depth are copied
+    // (bytes, mode, access and modification times in whole seconds; links as links;
+    // devices, pipes, sockets and mounted file systems are refused) under a hidden name
+    // beside `to`, renamed into place when complete, and only then is the source
+    // removed. A failed copy leaves the source and any old `to` untouched and no partial
+    // copy behind.
     static ResultCode MoveFile(const stdx::u16string& from, const stdx::u16string& to);
     // Unlink. Always 0; one line on stderr (control characters escaped) for failures
     // other than "not there".

@@ -1,3 +1,5 @@
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/time.h>
 
 #include "fs/file_system.h"
@@ -83,4 +85,56 @@ TEST(CrossVolumeMove, FailedMoveLeavesSourceAndOldDestinationAndNoPartialCopy) {
     // Without the limit the same move goes through and replaces the old file.
     EXPECT_EQ(kOk, FileSystem::MoveFile(U16(there / kHostile), U16(here / kHostile)));
     EXPECT_EQ(Patterned(1024 * 1024), ReadText(here / kHostile));
+}
+
+namespace {
+
+constexpr int kDeep = 300;
+
+// Walks `depth` levels of kHostile below `root`, making them when `create`, and makes or
+// checks the file at the bottom. By descriptor: the whole path is longer than PATH_MAX.
+bool DeepTree(const std::string& root, bool create) {
+    if (create) mkdir(root.c_str(), 0700);
+    int fd = open(root.c_str(), O_RDONLY | O_DIRECTORY);
+    for (int level = 0; level < kDeep && fd >= 0; ++level) {
+        if (create) mkdirat(fd, kHostile.c_str(), 0700);
+        const int below = openat(fd, kHostile.c_str(), O_RDONLY | O_DIRECTORY);
+        close(fd);
+        fd = below;
+    }
+    const int file =
+        fd < 0 ? -1 : openat(fd, "bottom", create ? O_WRONLY | O_CREAT : O_RDONLY, 0600);
+    char byte = 'b';
+    const bool done = file >= 0 && (create ? write(file, &byte, 1) : read(file, &byte, 1)) == 1;
+    close(file);
+    close(fd);
+    return done && byte == 'b';
+}
+
+// Fewer descriptors than the tree has levels.
+struct DescriptorLimit {
+    DescriptorLimit() {
+        getrlimit(RLIMIT_NOFILE, &saved);
+        const rlimit limited = {64, saved.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &limited);
+    }
+    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &saved); }
+    rlimit saved{};
+};
+
+}  // namespace
+
+TEST(DeepTree, IsRemovedAndMovedAcrossVolumesWithFewDescriptors) {
+    ScratchDirectory here;
+    ASSERT_TRUE(DeepTree(here / "removed", true));
+    ASSERT_TRUE(DeepTree(here / "moved", true));
+    DescriptorLimit limit;
+    FileSystem::DeleteDirectory(U16(here / "removed"));
+    EXPECT_EQ(Names{"moved"}, EntriesOf(here.path()));
+    if (OtherVolume().empty()) GTEST_SKIP() << "no second file system to move across";
+    ScratchDirectory there(OtherVolume());
+    EXPECT_EQ(kOk, FileSystem::MoveFile(U16(here / "moved"), U16(there / "moved")));
+    EXPECT_TRUE(EntriesOf(here.path()).empty());
+    EXPECT_TRUE(DeepTree(there / "moved", false));
+    FileSystem::DeleteDirectory(U16(there / "moved"));
 }
