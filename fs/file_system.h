@@ -1,8 +1,15 @@
-// fs: every touch of the disk goes through FileSystem, a stateless policy with a
-// Win32-style API over POSIX calls. Paths arrive as UTF-16 and are converted to the
-// locale's multibyte encoding (UTF-8) before each system call; failures come back as
-// the numbered result codes of fs/result_codes.h, never as exceptions. No shell is
-// ever involved in file operations, so no file name can run a command; only
+// fs: the installer's file-system layer. FileSystem is a stateless policy with a
+// Win32-style API over POSIX calls, through which the installer opens, reads, writes,
+// lists, moves and removes files; FileReplacement (fs/file_replacement.h) replaces a
+// file as a whole. Paths arrive as UTF-16 and are converted to the locale's multibyte
+// encoding (UTF-8) by ToSystemPath before each system call, and a path that does not
+// convert whole is refused; failures come back as the numbered result codes of
+// fs/result_codes.h, never as exceptions. Two readers touch the disk outside this
+// class, on purpose: the inflater maps the kit read-only (kit/lz_compressor.cpp, on a
+// handle opened here) so zlib reads it in place, and the launcher file's reader takes
+// ostart.cfg through a C stream in 1,024-byte chunks, each decoded on its own (config/;
+// it checks its path with ToSystemPath, and writes through FileReplacement). No shell
+// is ever involved in file operations, so no file name can run a command; only
 // RunCommand and RunCommandOutput start a shell, because that is what they are for.
 // It must not keep per-call state beyond the last error and the caller's FindData.
 //
