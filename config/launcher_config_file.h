@@ -21,7 +21,8 @@ enum ConfigWriteResult : int {
 
 // Appends every setting of the file at `path` to `store` (LauncherConfigStore::insert).
 // The text is decoded 1,024 bytes at a time (MultibyteChunkDecoder). A file that cannot
-// be opened adds nothing and is no error. Answers false when the file exists but could
+// be opened adds nothing and is no error; so does a path that does not convert whole
+// (FileSystem::ToSystemPath), which is never opened. Answers false when the file exists but could
 // not be read to its end: the store then lacks some of its settings, and writing it back
 // would lose them.
 bool read_config_file(const stdx::u16string& path, LauncherConfigStore& store);
@@ -29,8 +30,9 @@ bool read_config_file(const stdx::u16string& path, LauncherConfigStore& store);
 // Replaces the file at `path` with one "key=value\n" line per value of every entry, in
 // order; an entry without values writes nothing. A symbolic link at `path` is kept and
 // the file it points to is replaced. The old file's permission bits are kept (0644 for
-// a new file). Throws kConfigCannotOpen or kConfigCannotWrite (as int); after a throw
-// the old file is unchanged and no temporary file is left.
+// a new file). Throws kConfigCannotOpen (also for a path that does not convert whole)
+// or kConfigCannotWrite (as int); after a throw the old file is unchanged and no
+// temporary file is left.
 void write_config_file(const stdx::u16string& path, const LauncherConfigStore& store);
 
 // True when the file's first two bytes, read as one unit in the machine's (little-

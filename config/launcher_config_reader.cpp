@@ -5,7 +5,7 @@
 #include "config/launcher_config_file.h"
 #include "config/launcher_config_parser.h"
 #include "config/multibyte_chunk_decoder.h"
-#include "text/encoding.h"
+#include "fs/file_system.h"
 
 namespace config {
 namespace {
@@ -17,9 +17,10 @@ struct InputFile {
     std::FILE* stream = nullptr;
     int openError = 0;
     explicit InputFile(const stdx::u16string& path) {
-        const stdx::mbstring bytes = stdx::to_multibyte(path);
-        stream = std::fopen(bytes.c_str(), "rb");
-        if (stream == nullptr) openError = errno;
+        // A path that does not convert whole names some other file: it is not there.
+        const std::optional<stdx::mbstring> bytes = FileSystem::ToSystemPath(path);
+        if (bytes) stream = std::fopen(bytes->c_str(), "rb");
+        if (stream == nullptr) openError = bytes ? errno : ENOENT;
     }
     ~InputFile() {
         if (stream != nullptr) std::fclose(stream);

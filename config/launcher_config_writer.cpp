@@ -1,12 +1,14 @@
 #include "config/launcher_config_file.h"
 #include "fs/file_replacement.h"
+#include "fs/file_system.h"
 #include "text/encoding.h"
 
 namespace config {
 
 void write_config_file(const stdx::u16string& path, const LauncherConfigStore& store) {
+    const std::optional<stdx::mbstring> target = FileSystem::ToSystemPath(path);
     FileReplacement file;
-    if (file.Begin(stdx::to_multibyte(path)) != FileReplacement::Outcome::kDone)
+    if (!target || file.Begin(*target) != FileReplacement::Outcome::kDone)
         throw static_cast<int>(kConfigCannotOpen);
     // Thrown before Commit(), the replacement's destructor removes the unfinished file.
     for (const LauncherConfigEntry& entry : store.entries()) {

@@ -6,7 +6,8 @@
 // settings: they are carried through untouched, and a rewrite replaces the file as a
 // whole or not at all. Failures come back as result codes; no exception leaves this
 // header's functions. Threads: call from one thread at a time (the main thread): home
-// expansion and the text conversions switch process-wide state.
+// expansion (wordexp) is not safe to run on two threads at once, and each write-back
+// rereads and rewrites whole files. The text conversions leave process-wide state alone.
 #pragma once
 
 #include <vector>

@@ -35,8 +35,9 @@ std::string Printable(const stdx::mbstring& path) {
 }  // namespace
 
 ResultCode FileSystem::CreateDirectory(const stdx::u16string& path) {
-    const stdx::mbstring target = fsdetail::ToSystemPath(path);
-    if (target.empty()) return kFileNotFound;
+    const std::optional<stdx::mbstring> converted = ToSystemPath(path);
+    if (!converted || converted->empty()) return kFileNotFound;
+    const stdx::mbstring& target = *converted;
     // Installing thousands of files asks for the same directories over and over.
     if (IsDirectory(target)) return kOk;
     // Each ancestor in turn; failures along the way are judged only by the end result,
@@ -50,15 +51,17 @@ ResultCode FileSystem::CreateDirectory(const stdx::u16string& path) {
 }
 
 ResultCode FileSystem::DeleteDirectory(const stdx::u16string& path) {
-    fsdetail::RemoveTree(fsdetail::ToSystemPath(path));
+    if (const std::optional<stdx::mbstring> target = ToSystemPath(path))
+        fsdetail::RemoveTree(*target);
     return kOk;
 }
 
 ResultCode FileSystem::DeleteFile(const stdx::u16string& path) {
-    const stdx::mbstring target = fsdetail::ToSystemPath(path);
-    if (unlink(target.c_str()) != 0 && errno != ENOENT) {
+    const std::optional<stdx::mbstring> target = ToSystemPath(path);
+    if (target && unlink(target->c_str()) != 0 && errno != ENOENT) {
         const std::string reason = std::generic_category().message(errno);
-        std::fprintf(stderr, "cannot delete '%s': %s\n", Printable(target).c_str(), reason.c_str());
+        std::fprintf(stderr, "cannot delete '%s': %s\n", Printable(*target).c_str(),
+                     reason.c_str());
     }
     return kOk;
 }

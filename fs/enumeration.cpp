@@ -1,7 +1,6 @@
 #include <fnmatch.h>
 
 #include "fs/file_system.h"
-#include "fs/path_text.h"
 #include "text/encoding.h"
 
 FindData::~FindData() { FileSystem::FindClose(*this); }
@@ -9,7 +8,9 @@ FindData::~FindData() { FileSystem::FindClose(*this); }
 bool FileSystem::FindFirst(FindData& find, const stdx::u16string& path) {
     // A record may be reused; its previous stream must not leak.
     FindClose(find);
-    find.searchPath = fsdetail::ToSystemPath(path);
+    const std::optional<stdx::mbstring> searchPath = ToSystemPath(path);
+    if (!searchPath) return false;
+    find.searchPath = *searchPath;
     const stdx::mbstring::size_type slash = find.searchPath.rfind('/');
     if (slash == stdx::mbstring::npos) {
         // Without a separator the whole path is both the directory and the mask.

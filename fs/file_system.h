@@ -1,8 +1,15 @@
-// fs: every touch of the disk goes through FileSystem, a stateless policy with a
-// Win32-style API over POSIX calls. Paths arrive as UTF-16 and are converted to the
-// locale's multibyte encoding (UTF-8) before each system call; failures come back as
-// the numbered result codes of fs/result_codes.h, never as exceptions. No shell is
-// ever involved in file operations, so no file name can run a command; only
+// fs: the installer's file-system layer. FileSystem is a stateless policy with a
+// Win32-style API over POSIX calls, through which the installer opens, reads, writes,
+// lists, moves and removes files; FileReplacement (fs/file_replacement.h) replaces a
+// file as a whole. Paths arrive as UTF-16 and are converted to the locale's multibyte
+// encoding (UTF-8) by ToSystemPath before each system call, and a path that does not
+// convert whole is refused; failures come back as the numbered result codes of
+// fs/result_codes.h, never as exceptions. Two readers touch the disk outside this
+// class, on purpose: the inflater maps the kit read-only (kit/lz_compressor.cpp, on a
+// handle opened here) so zlib reads it in place, and the launcher file's reader takes
+// ostart.cfg through a C stream in 1,024-byte chunks, each decoded on its own (config/;
+// it checks its path with ToSystemPath, and writes through FileReplacement). No shell
+// is ever involved in file operations, so no file name can run a command; only
 // RunCommand and RunCommandOutput start a shell, because that is what they are for.
 // It must not keep per-call state beyond the last error and the caller's FindData.
 //
@@ -15,6 +22,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <optional>
 
 #include "fs/result_codes.h"
 #include "text/string.h"
@@ -57,6 +65,16 @@ struct FindData {
 
 class FileSystem {
   public:
+    // The bytes that system calls receive for `path`: its UTF-8 form, or nothing when
+    // some of it would be lost. The text conversion stops at the first unit it cannot
+    // convert (a lone surrogate, either half of a character above U+FFFF), so
+    // ".../victim/<U+1F600>-backup" would come out as ".../victim/"; a zero unit inside
+    // cuts it the same way. Every operation below that takes a path refuses such a path,
+    // failing as for one that cannot exist (OpenFile with 87; DeleteDirectory and
+    // DeleteFile answer 0 and remove nothing). Code that opens files itself must refuse
+    // it too.
+    static std::optional<stdx::mbstring> ToSystemPath(const stdx::u16string& path);
+
     // Enumeration. FindNext reports a matching entry only when the search path itself
     // can be stat'ed, so "dir/*" yields nothing while "dir/name" yields name.
     static bool FindFirst(FindData& find, const stdx::u16string& path);
@@ -65,13 +83,14 @@ class FileSystem {
     static std::uint32_t GetFindAttributes(const FindData& find);  // 16 for a directory
     static void FindClose(FindData& find);
 
-    // TMPDIR when it names a directory, else "/var/tmp/"; always ends in '/'. Returns 0.
+    // TMPDIR when it names a directory and converts to UTF-16 and back unchanged, else
+    // "/var/tmp/"; always ends in '/'. Returns 0.
     static ResultCode GetTempDirectory(stdx::u16string& path);
-    // Creates a new empty file (mode 0600) named directory + '/' (unless it already ends
-    // in one, or is empty: the current directory) + prefix + six random letters or
+    // Creates a new empty file (mode 0600) named directory (the temporary directory when
+    // empty) + '/' (unless it already ends in one) + prefix + six random letters or
     // digits. Name choice and creation are one exclusive step, so two callers never get
     // the same file. 0, or 1013 when it cannot be made; `name` receives the (last tried)
-    // name either way.
+    // name either way, or nothing when the directory or prefix does not convert whole.
     static ResultCode CreateTempFile(const stdx::u16string& directory,
                                      const stdx::u16string& prefix, stdx::u16string& name);
 
@@ -79,18 +98,19 @@ class FileSystem {
     // as needed, new ones with mode 0777 less the umask), 2 otherwise (a file in the
     // way, an empty path, no permission).
     static ResultCode CreateDirectory(const stdx::u16string& path);
-    // Removes a file, or a directory with everything below it. Symbolic links are
-    // removed as links, never followed. "/" and paths ending in "." or ".." are left
-    // alone. Always 0.
+    // Removes a file, or a directory with everything below it, however deep. Symbolic
+    // links are removed as links, never followed; a file system mounted inside the tree
+    // is left alone, and so are "/" and paths ending in "." or "..". Always 0.
     static ResultCode DeleteDirectory(const stdx::u16string& path);
     // Renames `from` to `to`; `to` is the new name itself, never a directory to move
     // into. An existing file at `to` is replaced; an existing directory only when it is
     // empty and `from` is one too. 0 moved; 2 failed (a missing source included).
-    // Across file systems, files and whole directory trees are copied (bytes, mode,
-    // access and modification times in whole seconds; links as links; devices, pipes
-    // and sockets are refused) under a hidden name beside `to`, renamed into place
-    // when complete, and only then is the source removed. A failed copy leaves the
-    // source and any old `to` untouched and no partial copy behind.
+    // Across file systems, files and whole directory trees of any depth are copied
+    // (bytes, mode, access and modification times in whole seconds; links as links;
+    // devices, pipes, sockets and mounted file systems are refused) under a hidden name
+    // beside `to`, renamed into place when complete, and only then is the source
+    // removed. A failed copy leaves the source and any old `to` untouched and no partial
+    // copy behind.
     static ResultCode MoveFile(const stdx::u16string& from, const stdx::u16string& to);
     // Unlink. Always 0; one line on stderr (control characters escaped) for failures
     // other than "not there".

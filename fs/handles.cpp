@@ -7,7 +7,6 @@
 
 #include "fs/error_state.h"
 #include "fs/file_system.h"
-#include "text/encoding.h"
 
 namespace {
 
@@ -37,9 +36,10 @@ ResultCode FileSystem::OpenFile(const stdx::u16string& path, std::uint32_t acces
                                 FileHandle& handle) {
     fsdetail::ResetLastError();
     handle = kNoHandle;
-    const stdx::u16string::size_type end = path.find(u'\0');
-    const stdx::mbstring target = stdx::to_multibyte(path.substr(0, end));
-    const int fd = open(target.c_str(), OpenFlags(access, disposition), kNewFileMode);
+    // Measured up to its first zero unit, unlike the other operations' paths.
+    const std::optional<stdx::mbstring> target = ToSystemPath(path.substr(0, path.find(u'\0')));
+    if (!target) return fsdetail::StoreLastError(kInvalidParameter);
+    const int fd = open(target->c_str(), OpenFlags(access, disposition), kNewFileMode);
     if (fd < 0) return fsdetail::StoreErrno(errno);
     handle = fd;
     return kOk;

@@ -31,9 +31,10 @@ int MoveAcrossFileSystems(const stdx::mbstring& from, const stdx::mbstring& to) 
 }  // namespace
 
 ResultCode FileSystem::MoveFile(const stdx::u16string& from, const stdx::u16string& to) {
-    const stdx::mbstring source = fsdetail::ToSystemPath(from);
-    const stdx::mbstring destination = fsdetail::ToSystemPath(to);
-    if (std::rename(source.c_str(), destination.c_str()) == 0) return kOk;
+    const std::optional<stdx::mbstring> source = ToSystemPath(from);
+    const std::optional<stdx::mbstring> destination = ToSystemPath(to);
+    if (!source || !destination) return kFileNotFound;
+    if (std::rename(source->c_str(), destination->c_str()) == 0) return kOk;
     if (errno != EXDEV) return kFileNotFound;
-    return MoveAcrossFileSystems(source, destination) == 0 ? kOk : kFileNotFound;
+    return MoveAcrossFileSystems(*source, *destination) == 0 ? kOk : kFileNotFound;
 }

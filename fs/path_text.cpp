@@ -1,10 +1,16 @@
 #include "fs/path_text.h"
 
+#include "fs/file_system.h"
 #include "text/encoding.h"
 
-namespace fsdetail {
+std::optional<stdx::mbstring> FileSystem::ToSystemPath(const stdx::u16string& path) {
+    if (path.find(u'\0') != stdx::u16string::npos) return std::nullopt;
+    // Measuring answers -1 when any unit has no multibyte form.
+    if (stdx::utf16_to_multibyte(path.data(), path.size(), nullptr, 0) < 0) return std::nullopt;
+    return stdx::to_multibyte(path);
+}
 
-stdx::mbstring ToSystemPath(const stdx::u16string& path) { return stdx::to_multibyte(path); }
+namespace fsdetail {
 
 stdx::mbstring WithoutTrailingSlashes(const stdx::mbstring& path) {
     stdx::mbstring::size_type end = path.size();

@@ -1,13 +1,10 @@
-// Internal to fs/: turning caller paths into the bytes handed to system calls, and the
-// few pieces of path arithmetic the operations share. Pure functions, any thread.
+// Internal to fs/: the few pieces of path arithmetic the operations share, on the bytes
+// handed to system calls (FileSystem::ToSystemPath makes them). Pure functions, any thread.
 #pragma once
 
 #include "text/string.h"
 
 namespace fsdetail {
-
-// The UTF-8 form of a UTF-16 path, as every system call receives it.
-stdx::mbstring ToSystemPath(const stdx::u16string& path);
 
 // `path` without trailing '/' characters; "/" and "" stay as they are.
 stdx::mbstring WithoutTrailingSlashes(const stdx::mbstring& path);

@@ -4,12 +4,12 @@
 #include <limits>
 
 #include "fs/file_system.h"
-#include "fs/path_text.h"
 
 ResultCode FileSystem::GetFileSize(const stdx::u16string& path, std::uint32_t* size) {
     if (size == nullptr) return kSizeQueryFailed;
+    const std::optional<stdx::mbstring> target = ToSystemPath(path);
     struct stat status;
-    if (stat(fsdetail::ToSystemPath(path).c_str(), &status) != 0) return kSizeQueryFailed;
+    if (!target || stat(target->c_str(), &status) != 0) return kSizeQueryFailed;
     *size = static_cast<std::uint32_t>(static_cast<std::uint64_t>(status.st_size));
     return kOk;
 }
@@ -19,8 +19,9 @@ ResultCode FileSystem::GetFreeSpace(std::uint32_t* bytes) {
     *bytes = 0;
     stdx::u16string directory;
     GetTempDirectory(directory);
+    const std::optional<stdx::mbstring> target = ToSystemPath(directory);
     struct statvfs volume;
-    if (statvfs(fsdetail::ToSystemPath(directory).c_str(), &volume) != 0) return kOk;
+    if (!target || statvfs(target->c_str(), &volume) != 0) return kOk;
     constexpr std::uint64_t kLimit = std::numeric_limits<std::uint32_t>::max();
     const std::uint64_t blocks = volume.f_bfree;
     const std::uint64_t blockSize = volume.f_frsize;

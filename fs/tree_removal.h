@@ -1,6 +1,7 @@
-// Internal to fs/: removing a file or a whole directory tree with system calls. A
-// symbolic link is always removed as a link, never followed, so nothing outside the
-// tree can be reached through one. Any thread.
+// Internal to fs/: removing a file or a whole directory tree of any depth with system
+// calls (the walk of fs/tree_walk.h). A symbolic link is always removed as a link, never
+// followed, so nothing outside the tree can be reached through one; a file system
+// mounted inside the tree is left alone. Any thread.
 #pragma once
 
 #include "text/string.h"

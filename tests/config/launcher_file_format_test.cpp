@@ -8,19 +8,15 @@
 namespace config {
 namespace {
 
-using configtest::read_bytes;
-using configtest::u16;
-using configtest::write_bytes;
-
 class LauncherFileFormat : public configtest::TempHome {
   protected:
     // The bytes that a read of `input` followed by a rewrite puts on disk.
     std::string rewrite(const std::string& input) {
-        write_bytes(home_ + "/in.cfg", input);
+        WriteText(home_ + "/in.cfg", input);
         LauncherConfigStore store;
-        EXPECT_TRUE(read_config_file(u16(home_ + "/in.cfg"), store));
-        write_config_file(u16(home_ + "/out.cfg"), store);
-        return read_bytes(home_ + "/out.cfg");
+        EXPECT_TRUE(read_config_file(U16(home_ + "/in.cfg"), store));
+        write_config_file(U16(home_ + "/out.cfg"), store);
+        return ReadText(home_ + "/out.cfg");
     }
 };
 
@@ -47,12 +43,26 @@ TEST_F(LauncherFileFormat, RewriteGivesBackExactlyWhatWasUnderstood) {
     for (const auto& [input, expected] : cases) EXPECT_EQ(rewrite(input), expected) << input;
 }
 
-TEST_F(LauncherFileFormat, ByteOrderMarkProbeAnswersTrueOnlyForOtherFiles) {
-    write_bytes(home_ + "/le", std::string("\xFF\xFEk\0", 4));
-    write_bytes(home_ + "/text", "k=v\n");
-    EXPECT_FALSE(file_starts_with_utf16_bom(u16(home_ + "/le")));
-    EXPECT_TRUE(file_starts_with_utf16_bom(u16(home_ + "/text")));
-    EXPECT_FALSE(file_starts_with_utf16_bom(u16(home_ + "/missing")));
+// A path that does not convert whole would lose its tail and name the planted file.
+TEST_F(LauncherFileFormat, ByteOrderProbeAndUnconvertiblePaths) {
+    WriteText(home_ + "/le", std::string("\xFF\xFEk\0", 4));
+    WriteText(home_ + "/in.cfg", "k=v\n");
+    EXPECT_FALSE(file_starts_with_utf16_bom(U16(home_ + "/le")));
+    EXPECT_TRUE(file_starts_with_utf16_bom(U16(home_ + "/in.cfg")));
+    EXPECT_FALSE(file_starts_with_utf16_bom(U16(home_ + "/missing")));
+    LauncherConfigStore store;
+    store.insert(u"a", u"b");
+    const stdx::u16string path = U16(home_ + "/in.cfg") + u"\U0001F600";
+    EXPECT_TRUE(read_config_file(path, store));
+    EXPECT_EQ(store.entries().size(), 1u);
+    int thrown = kConfigWritten;
+    try {
+        write_config_file(path, store);
+    } catch (int code) {
+        thrown = code;
+    }
+    EXPECT_EQ(thrown, kConfigCannotOpen);
+    EXPECT_EQ(ReadText(home_ + "/in.cfg"), "k=v\n");
 }
 
 }  // namespace

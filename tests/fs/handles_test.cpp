@@ -51,21 +51,23 @@ TEST_F(FileHandles, DispositionsAndPositionsDecideWhatIsReadAndKept) {
     EXPECT_EQ("XY", ReadText(scratch / kHostile));
 
     const FileHandle both = Open(kHostile, kGenericReadWrite, kTruncateExisting);
-    EXPECT_EQ(0, StatOf(scratch / kHostile).st_size);
     EXPECT_EQ(kOk, FileSystem::WriteFile(both, "abc", 3, &count, nullptr));
-    EXPECT_EQ(0u, FileSystem::SetFilePointer(both, -3, nullptr, kFileCurrent));
-    EXPECT_EQ(3u, FileSystem::SetFilePointer(both, 0, nullptr, kFileEnd));
-    EXPECT_EQ(1u, FileSystem::SetFilePointer(both, 1, nullptr, 99));  // unknown: from start
+    EXPECT_EQ(1u, FileSystem::SetFilePointer(both, -2, nullptr, kFileCurrent));
     EXPECT_EQ(kOk, FileSystem::ReadFile(both, buffer, sizeof buffer, &count, nullptr));
     EXPECT_EQ("bc", std::string(buffer, count));
     std::int32_t high = 1;
     EXPECT_EQ(4u, FileSystem::SetFilePointer(both, 4, &high, kFileBegin));
     EXPECT_EQ(1, high);  // 4 GiB + 4
-    // A failing seek is not mapped: -1 in both halves, last error untouched.
-    high = 0;
-    EXPECT_EQ(0xFFFFFFFFu, FileSystem::SetFilePointer(both, -100, &high, kFileBegin));
-    EXPECT_EQ(-1, high);
-    EXPECT_EQ(kOk, FileSystem::GetLastError());
+
+    // ReadFile keeps reading until the count is met: each read of a datagram socket
+    // returns one message at most.
+    int ends[2];
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_DGRAM, 0, ends));
+    handles.insert(handles.end(), ends, ends + 2);
+    ASSERT_EQ(3, write(ends[1], "abc", 3));
+    ASSERT_EQ(5, write(ends[1], "defgh", 5));
+    EXPECT_EQ(kOk, FileSystem::ReadFile(ends[0], buffer, 8, &count, nullptr));
+    EXPECT_EQ("abcdefgh", std::string(buffer, count));
 }
 
 TEST_F(FileHandles, FailuresComeBackAsCodesAndAsTheLastError) {
@@ -76,45 +78,18 @@ TEST_F(FileHandles, FailuresComeBackAsCodesAndAsTheLastError) {
     EXPECT_TRUE(Stored(kInvalidParameter, opened));
 
     const FileHandle file = Open("file", kGenericWrite, kOpenExisting);
-    const FileTime time = 0;
     EXPECT_TRUE(Stored(kInvalidParameter, FileSystem::ReadFile(file, buffer, 1, nullptr, nullptr)));
-    EXPECT_TRUE(Stored(kInvalidParameter, FileSystem::ReadFile(-1, buffer, 1, &count, nullptr)));
     EXPECT_TRUE(Stored(kInvalidParameter, FileSystem::WriteFile(file, "x", 1, nullptr, nullptr)));
     EXPECT_TRUE(Stored(kInvalidHandle, FileSystem::WriteFile(kNoHandle, "x", 1, &count, nullptr)));
-    EXPECT_TRUE(Stored(kInvalidHandle, FileSystem::SetEndOfFile(kNoHandle)));
     EXPECT_TRUE(Stored(kInvalidHandle, FileSystem::GetFileTime(12345, nullptr, nullptr, nullptr)));
-    EXPECT_TRUE(
-        Stored(kInvalidHandle, FileSystem::SetFileTime(kNoHandle, nullptr, nullptr, &time)));
     EXPECT_EQ(0xFFFFFFFFu, FileSystem::SetFilePointer(kNoHandle, 0, nullptr, kFileBegin));
     EXPECT_EQ(kInvalidHandle, FileSystem::GetLastError());
     FileSystem::CloseFile(FileHandle{1} << 40);  // would be descriptor 0 if cut to 32 bits
     EXPECT_EQ(kInvalidParameter, FileSystem::GetLastError());
-
-    // With an overlapped record a missing count is no error, and nothing is written.
-    int overlapped = 0;
-    EXPECT_EQ(kOk, FileSystem::ReadFile(file, buffer, 1, nullptr, &overlapped));
-    EXPECT_EQ(kOk, FileSystem::WriteFile(file, "x", 1, nullptr, &overlapped));
-    EXPECT_EQ(0, StatOf(scratch / "file").st_size);
-    {
-        // One write call only: a short write shows in the count, not in the code.
-        FileSizeLimit limit(10);
-        EXPECT_EQ(kOk, FileSystem::WriteFile(file, "0123456789abcdef", 16, &count, nullptr));
-        EXPECT_EQ(10u, count);
-    }
-    const FileHandle reader = Open("file", kGenericRead, kOpenExisting);
-    EXPECT_EQ(kOk, FileSystem::WriteFile(reader, "x", 1, &count, nullptr));
-    EXPECT_EQ(0xFFFFFFFFu, count);
-}
-
-TEST_F(FileHandles, ReadFileKeepsReadingUntilTheCountIsMet) {
-    int ends[2];
-    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_DGRAM, 0, ends));
-    handles = {ends[0], ends[1]};
-    // Each read call returns one message at most.
-    ASSERT_EQ(3, write(ends[1], "abc", 3));
-    ASSERT_EQ(5, write(ends[1], "defgh", 5));
-    EXPECT_EQ(kOk, FileSystem::ReadFile(ends[0], buffer, 8, &count, nullptr));
-    EXPECT_EQ("abcdefgh", std::string(buffer, count));
+    // One write call only: a short write shows in the count, not in the code.
+    FileSizeLimit limit(10);
+    EXPECT_EQ(kOk, FileSystem::WriteFile(file, "0123456789abcdef", 16, &count, nullptr));
+    EXPECT_EQ(10u, count);
 }
 
 TEST_F(FileHandles, FileTimesCarryWholeSecondsAndAMissingWriteTimeMapsErrno) {

@@ -1,3 +1,4 @@
+#include <sys/resource.h>
 #include <sys/time.h>
 
 #include "fs/file_system.h"
@@ -34,27 +35,41 @@ TEST(Move, SameVolumeReplacesAFileButFailuresChangeNothing) {
     EXPECT_TRUE(EntriesOf(scratch / "dir").empty());
 }
 
-TEST(CrossVolumeMove, TreeArrivesWholeWithModesTimesAndLinks) {
-    if (OtherVolume().empty()) GTEST_SKIP() << "no second file system to move across";
-    ScratchDirectory here, there(OtherVolume());
-    const std::string from = here / kHostile, to = there / kHostile, big = "/sub/" + kHostile;
+// The tree is deeper than the soft descriptor limit set here: a walk holding a
+// descriptor per level could neither remove nor copy it.
+TEST(CrossVolumeMove, DeepTreeArrivesWholeWithModesTimesAndLinks) {
+    ScratchDirectory here;
+    std::optional<ScratchDirectory> there;
+    if (!OtherVolume().empty()) there.emplace(OtherVolume());
+    std::string sub;
+    for (int level = 0; level < 300; ++level) sub += "/d";
+    const std::string from = here / kHostile, big = sub + "/" + kHostile;
+    WriteText(here / "removed" + big, "x");
     WriteText(from + big, Patterned(3 * 1024 * 1024 + 17));
     std::filesystem::create_symlink(big.substr(1), from + "/link");
     ASSERT_EQ(0, chmod((from + big).c_str(), 0640));
-    ASSERT_EQ(0, chmod((from + "/sub").c_str(), 0750));
+    ASSERT_EQ(0, chmod((from + sub).c_str(), 0750));
     const timeval times[2] = {{1400000000, 0}, {1500000000, 0}};
     ASSERT_EQ(0, utimes((from + big).c_str(), times));
-    ASSERT_EQ(0, utimes((from + "/sub").c_str(), times));
-
-    ASSERT_EQ(kOk, FileSystem::MoveFile(U16(from), U16(to)));
-    EXPECT_TRUE(EntriesOf(here.path()).empty());
-    EXPECT_EQ((Names{"link", "sub"}), EntriesOf(to));
-    for (const auto& expected : {std::make_pair(to + "/sub", 0750u), {to + big, 0640u}}) {
+    ASSERT_EQ(0, utimes((from + sub).c_str(), times));
+    rlimit saved{};
+    getrlimit(RLIMIT_NOFILE, &saved);
+    const rlimit low = {64, saved.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &low));
+    FileSystem::DeleteDirectory(U16(here / "removed"));
+    const std::string to = there ? *there / "moved" : "";
+    const ResultCode moved = there ? FileSystem::MoveFile(U16(from), U16(to)) : kOk;
+    setrlimit(RLIMIT_NOFILE, &saved);
+    EXPECT_EQ(there ? Names{} : Names{kHostile}, EntriesOf(here.path()));
+    if (!there) GTEST_SKIP() << "removed; no second file system to move across";
+    ASSERT_EQ(kOk, moved);
+    EXPECT_EQ((Names{"d", "link"}), EntriesOf(to));
+    for (const auto& [path, mode] : {std::pair{to + sub, 0750u}, {to + big, 0640u}}) {
         // Checked before reading, which may touch the access time.
-        const struct stat status = StatOf(expected.first);
-        EXPECT_EQ(1400000000, status.st_atime) << expected.first;
-        EXPECT_EQ(1500000000, status.st_mtime) << expected.first;
-        EXPECT_EQ(expected.second, status.st_mode & 07777) << expected.first;
+        const struct stat status = StatOf(path);
+        EXPECT_EQ(1400000000, status.st_atime) << path;
+        EXPECT_EQ(1500000000, status.st_mtime) << path;
+        EXPECT_EQ(mode, status.st_mode & 07777) << path;
     }
     EXPECT_TRUE(S_ISLNK(StatOf(to + "/link").st_mode));
     EXPECT_EQ(Patterned(3 * 1024 * 1024 + 17), ReadText(to + "/link"));

@@ -1,0 +1,39 @@
+#include "fs/tree_walk.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "tests/support/test_support.h"
+
+namespace {
+
+// Moves directory b out of the tree as the walk enters it, and notes every directory
+// the walk leaves: each would be removed by a removal.
+struct MovedAway : fsdetail::TreeVisitor {
+    ScratchDirectory scratch;
+    Names left;
+    int VisitEntry(int, const char*, const struct stat&) override { return 0; }
+    int EnterDirectory(const char* name, const struct stat&) override {
+        if (std::string(name) != "b") return 0;
+        return std::rename((scratch / "tree/a/b").c_str(), (scratch / "elsewhere/b").c_str());
+    }
+    int LeaveDirectory(int, const char* name, const struct stat&) override {
+        left.insert(name);
+        return 0;
+    }
+};
+
+}  // namespace
+
+// Below a directory moved elsewhere, ".." leads out of the tree: the walk must end
+// there rather than go on among the new parent's entries.
+TEST(TreeWalk, EndsWhenADirectoryIsMovedOutFromUnderIt) {
+    MovedAway visitor;
+    WriteText(visitor.scratch / "tree/a/b/file", "");
+    std::filesystem::create_directory(visitor.scratch / "elsewhere");
+    EXPECT_EQ(ESTALE, fsdetail::WalkTree(AT_FDCWD, (visitor.scratch / "tree").c_str(), visitor,
+                                         fsdetail::OnFailure::kContinue));
+    EXPECT_TRUE(visitor.left.empty());
+}

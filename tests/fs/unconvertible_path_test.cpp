@@ -1,0 +1,51 @@
+#include <functional>
+
+#include "fs/file_system.h"
+#include "tests/support/test_support.h"
+
+// The conversion stops at the first unit it cannot convert, so each of these paths
+// would otherwise reach the planted entry it starts with, or the folder holding it.
+TEST(UnconvertiblePath, EveryPathOperationRefusesItAndTouchesNothing) {
+    ScratchDirectory scratch;
+    const stdx::u16string victim = U16(scratch / "victim/"), other = U16(scratch / "other");
+    const stdx::u16string moved = U16(scratch / "moved"), fresh = U16(scratch / "new");
+    FileHandle handle = 0;
+    std::uint32_t size = 0;
+    FindData find;
+    stdx::u16string made;
+    using Path = const stdx::u16string&;
+    const std::function<bool(Path)> refusals[] = {
+        [&](Path tail) { return !FileSystem::FindFirst(find, other + tail); },
+        [&](Path tail) { return FileSystem::CreateDirectory(victim + tail) == kFileNotFound; },
+        [&](Path tail) { return FileSystem::MoveFile(victim + tail, moved) == kFileNotFound; },
+        [&](Path tail) { return FileSystem::MoveFile(fresh, other + tail) == kFileNotFound; },
+        [&](Path tail) { return FileSystem::GetFileSize(other + tail, &size) == kSizeQueryFailed; },
+        [&](Path tail) {
+            return FileSystem::CreateTempFile(victim + tail, u"e", made) == kCannotWrite;
+        },
+        [&](Path tail) { return FileSystem::CreateTempFile(victim, tail, made) == kCannotWrite; },
+        [&](Path tail) { return FileSystem::DeleteDirectory(victim + tail) == kOk; },
+        [&](Path tail) { return FileSystem::DeleteFile(other + tail) == kOk; },
+        [&](Path tail) {
+            return FileSystem::OpenFile(other + tail, kGenericWrite, 0, kTruncateExisting,
+                                        handle) == kInvalidParameter &&
+                   FileSystem::GetLastError() == kInvalidParameter;
+        },
+    };
+    // OpenFile, last, takes its path up to the first zero unit by design.
+    const std::pair<stdx::u16string, std::size_t> tails[] = {
+        {u"\U0001F600-backup", std::size(refusals)},
+        {stdx::u16string(1, char16_t{0xD800}), std::size(refusals)},
+        {stdx::u16string(u"\0-backup", 8), std::size(refusals) - 1}};
+    for (const auto& [tail, operations] : tails) {
+        for (std::size_t i = 0; i < operations; ++i) {
+            WriteText(scratch / "victim/keep", "kept");
+            WriteText(scratch / "other", "other");
+            WriteText(scratch / "new", "new");
+            EXPECT_TRUE(refusals[i](tail)) << "operation " << i << ", tail of " << tail.size();
+            EXPECT_EQ((Names{"new", "other", "victim"}), EntriesOf(scratch.path())) << i;
+            EXPECT_EQ(Names{"keep"}, EntriesOf(scratch / "victim")) << i;
+            EXPECT_EQ("other", ReadText(scratch / "other")) << i;
+        }
+    }
+}
