@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "fs/file_replacement.h"
 #include "kit/kit_format.h"
 #include "tools/deflate_writer.h"
 #include "tools/file_ptr.h"
@@ -154,34 +155,42 @@ bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::str
     return true;
 }
 
-// Writes to `path`; messages name `shown_path`, the file the user asked for.
-bool write_kit(const std::string& path, const std::string& shown_path, int level,
-               const std::vector<unsigned char>& tables, const std::vector<SourceFile>& sources,
-               std::uint64_t& kit_size, std::string& error) {
-    FilePtr out(std::fopen(path.c_str(), "wb"));
-    if (!out) {
-        error = "cannot create '" + shown_path + "': " + std::strerror(errno);
+// Writes beside `path` and puts the kit in place only once it is complete and on the
+// disk, so a failed pack leaves an earlier kit as it was.
+bool WriteKit(const std::string& path, int level, const std::vector<unsigned char>& tables,
+              const std::vector<SourceFile>& sources, std::uint64_t& kitSize, std::string& error) {
+    FileReplacement replacement;
+    errno = 0;
+    if (replacement.Begin(stdx::mbstring(path.c_str())) != FileReplacement::Outcome::kDone) {
+        error = "cannot create '" + path + "'" +
+                (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string());
         return false;
     }
     RawDeflateWriter writer;
-    if (!writer.start(out.get(), level, error) ||
+    if (!writer.start(replacement.Stream(), level, error) ||
         !writer.write(tables.data(), tables.size(), error))
         return false;
     for (const SourceFile& source : sources)
         if (!copy_file_into(writer, source, error)) return false;
     if (!writer.finish(error)) return false;
-    if (std::fclose(out.release()) != 0) {
-        error = "cannot write '" + shown_path + "': " + std::strerror(errno);
-        return false;
-    }
-    kit_size = writer.bytes_written();
+    kitSize = writer.bytes_written();
     // The installer measures the kit with a 32-bit length.
-    if (kit_size > kLargestKitField) {
-        error = "the compressed kit would be " + std::to_string(kit_size) +
+    if (kitSize > kLargestKitField) {
+        error = "the compressed kit would be " + std::to_string(kitSize) +
                 " bytes; the installer reads at most 4294967295";
         return false;
     }
-    return true;
+    switch (replacement.Commit()) {
+        case FileReplacement::Outcome::kDone:
+            return true;
+        case FileReplacement::Outcome::kCannotWrite:
+            error = std::string("cannot write the kit: ") + std::strerror(errno);
+            return false;
+        case FileReplacement::Outcome::kCannotCreate:
+            break;
+    }
+    error = "cannot create '" + path + "': " + std::strerror(errno);
+    return false;
 }
 
 }  // namespace
@@ -213,18 +222,9 @@ bool run_pack(const PackOptions& options, PackSummary& summary, std::string& err
         return false;
     }
 
-    const std::string partial_path = options.output_path + ".partial";
     std::uint64_t kit_size = 0;
-    if (!write_kit(partial_path, options.output_path, options.level, tables, listing.files,
-                   kit_size, error)) {
-        std::remove(partial_path.c_str());
+    if (!WriteKit(options.output_path, options.level, tables, listing.files, kit_size, error))
         return false;
-    }
-    if (std::rename(partial_path.c_str(), options.output_path.c_str()) != 0) {
-        error = "cannot create '" + options.output_path + "': " + std::strerror(errno);
-        std::remove(partial_path.c_str());
-        return false;
-    }
 
     summary.layout = layout;
     summary.product_count = products.size();

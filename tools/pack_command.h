@@ -1,8 +1,8 @@
 // `ord8kit pack`: turns a directory of templates and a set of product descriptions into
-// a kit. Reads the source tree and writes only the output kit (through a temporary
-// file beside it, renamed into place once complete, so a failed pack never leaves a
-// half-written kit or clobbers an existing one). Holds one file chunk in memory at a
-// time, never the whole kit. Single-threaded.
+// a kit. Reads the source tree and writes only the output kit (through a uniquely named
+// temporary file beside it, flushed to the disk and renamed into place once complete, so
+// a failed pack never leaves a half-written kit or clobbers an existing one). Holds one file chunk
+// in memory at a time, never the whole kit. Single-threaded.
 #pragma once
 
 #include <cstdint>

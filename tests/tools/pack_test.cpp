@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/test_support.h"
 #include "tool_test_support.h"
 #include "tools/file_ptr.h"
 #include "tools/inflate_check.h"
@@ -122,9 +123,9 @@ class PackRefusal : public ::testing::Test {
         EXPECT_NE(error, "");
         EXPECT_NE(error.find(fragment), std::string::npos) << error;
         EXPECT_EQ(read_file(dir / "ord8.dkz"), "earlier kit");
-        EXPECT_FALSE(kittool_test::fs::exists(dir / "ord8.dkz.partial"));
+        EXPECT_EQ(EntriesOf(dir.path()), (Names{"ord8.dkz", "src"}));
     }
-    ScratchDir dir;
+    ScratchDirectory dir;
 };
 
 TEST_F(PackRefusal, TextNamesSizesAndWriteFailures) {
@@ -145,10 +146,16 @@ TEST_F(PackRefusal, TextNamesSizesAndWriteFailures) {
 
     expect_refused("cannot create '" + (dir / "no-such-folder/ord8.dkz") + "'", {},
                    "no-such-folder/ord8.dkz");
-    // A write that fails midway: the partial kit leads to a full device.
-    if (!kittool_test::fs::exists("/dev/full")) GTEST_SKIP() << "no full device here";
-    ASSERT_EQ(symlink("/dev/full", (dir / "ord8.dkz.partial").c_str()), 0);
+    const FileSizeLimit fullDisk(10);  // a write that fails midway
     expect_refused("cannot write the kit");
+}
+
+TEST_F(PackRefusal, LinkPlantedBesideTheKitIsNotFollowed) {
+    ASSERT_EQ(symlink((dir / "victim").c_str(), (dir / "ord8.dkz.partial").c_str()), 0);
+    kittool::PackSummary summary;
+    ASSERT_EQ(pack({dir / "src", dir / "ord8.dkz", {}, {}}, summary), "");
+    EXPECT_TRUE(S_ISLNK(StatOf(dir / "ord8.dkz.partial").st_mode));
+    EXPECT_EQ(EntriesOf(dir.path()), (Names{"ord8.dkz", "ord8.dkz.partial", "src"}));
 }
 
 }  // namespace
