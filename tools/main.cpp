@@ -1,5 +1,8 @@
 // ord8kit: packs, lists and verifies distribution kits for vendors and for our tests.
+#include <unistd.h>
+
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,7 +25,14 @@ int fail(const std::string& message, int status) {
 int pack(const kittool::PackOptions& options) {
     kittool::PackSummary summary;
     std::string error;
-    if (!kittool::run_pack(options, summary, error)) return fail(error, kExitRefused);
+    // Progress is for a person watching; logs and pipes get only the result.
+    std::unique_ptr<kittool::ProgressLine> progress;
+    if (isatty(STDERR_FILENO))
+        progress = std::make_unique<kittool::ProgressLine>(
+            [](const std::string& text) { std::fputs(text.c_str(), stderr); });
+    const bool packed = kittool::run_pack(options, summary, error, progress.get());
+    if (progress) progress->Finish();
+    if (!packed) return fail(error, kExitRefused);
     for (const std::string& warning : summary.warnings)
         std::fprintf(stderr, "ord8kit: warning: %s\n",
                      kittool::escape_control_bytes(warning).c_str());

@@ -121,7 +121,20 @@ void add_warnings(const TreeListing& listing, const std::vector<KitProduct>& pro
     }
 }
 
-bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::string& error) {
+// What has been packed so far, for the progress line when there is one.
+struct PackProgress {
+    ProgressLine* line = nullptr;
+    ProgressCounts counts;
+
+    void Add(std::uint64_t files, std::uint64_t bytes) {
+        counts.filesDone += files;
+        counts.bytesDone += bytes;
+        if (line != nullptr) line->Update(counts);
+    }
+};
+
+bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, PackProgress& progress,
+                    std::string& error) {
     FilePtr in(std::fopen(source.full_path.c_str(), "rb"));
     if (!in) {
         error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
@@ -143,6 +156,7 @@ bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::str
         }
         if (!writer.write(chunk.get(), got, error)) return false;
         copied += got;
+        progress.Add(0, got);
     }
     if (std::ferror(in.get())) {
         error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
@@ -158,7 +172,8 @@ bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::str
 // Writes beside `path` and puts the kit in place only once it is complete and on the
 // disk, so a failed pack leaves an earlier kit as it was.
 bool WriteKit(const std::string& path, int level, const std::vector<unsigned char>& tables,
-              const std::vector<SourceFile>& sources, std::uint64_t& kitSize, std::string& error) {
+              const std::vector<SourceFile>& sources, PackProgress& progress,
+              std::uint64_t& kitSize, std::string& error) {
     FileReplacement replacement;
     errno = 0;
     if (replacement.Begin(stdx::mbstring(path.c_str())) != FileReplacement::Outcome::kDone) {
@@ -170,8 +185,10 @@ bool WriteKit(const std::string& path, int level, const std::vector<unsigned cha
     if (!writer.start(replacement.Stream(), level, error) ||
         !writer.write(tables.data(), tables.size(), error))
         return false;
-    for (const SourceFile& source : sources)
-        if (!copy_file_into(writer, source, error)) return false;
+    for (const SourceFile& source : sources) {
+        if (!copy_file_into(writer, source, progress, error)) return false;
+        progress.Add(1, 0);
+    }
     if (!writer.finish(error)) return false;
     kitSize = writer.bytes_written();
     // The installer measures the kit with a 32-bit length.
@@ -195,7 +212,8 @@ bool WriteKit(const std::string& path, int level, const std::vector<unsigned cha
 
 }  // namespace
 
-bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error) {
+bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error,
+              ProgressLine* progressLine) {
     summary = PackSummary{};
     if (options.level < 0 || options.level > 9) {
         error = "compression level must be 0 to 9";
@@ -223,7 +241,9 @@ bool run_pack(const PackOptions& options, PackSummary& summary, std::string& err
     }
 
     std::uint64_t kit_size = 0;
-    if (!WriteKit(options.output_path, options.level, tables, listing.files, kit_size, error))
+    PackProgress progress{progressLine, {0, files.size(), 0, data_size}};
+    if (!WriteKit(options.output_path, options.level, tables, listing.files, progress, kit_size,
+                  error))
         return false;
 
     summary.layout = layout;

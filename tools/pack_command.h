@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/progress_line.h"
+
 namespace kittool {
 
 struct PackOptions {
@@ -32,7 +34,9 @@ struct PackSummary {
 constexpr std::uint64_t kLargestKitField = 0xFFFFFFFFu;
 
 // False with a one-line `error` when any input is refused or the kit cannot be
-// written; the output path is then untouched.
-bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error);
+// written; the output path is then untouched. `progress`, when given, is updated as the
+// files' bytes are packed; the caller finishes its line.
+bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error,
+              ProgressLine* progress = nullptr);
 
 }  // namespace kittool
