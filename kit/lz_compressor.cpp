@@ -123,8 +123,15 @@ ResultCode LZCompressor::Decompress(const stdx::u16string& source,
         return code;
     }
     // Create-always does not truncate by itself; an old, longer file must not show
-    // through behind the new content.
-    code = FileSystem::SetEndOfFile(destinationHandle);
+    // through behind the new content. An empty one is left alone: on ext4 even a cut to
+    // the length a file already has makes close() write all of the new content to disk.
+    std::int32_t sizeHigh = 0;
+    if (FileSystem::SetFilePointer(destinationHandle, 0, &sizeHigh, kFileEnd) != 0 ||
+        sizeHigh != 0) {
+        code = FileSystem::SetFilePointer(destinationHandle, 0, nullptr, kFileBegin) == 0
+                   ? FileSystem::SetEndOfFile(destinationHandle)
+                   : kCannotWrite;
+    }
 
     if (code == kOk) {
         // Kits of 4 GiB or more are read only up to their length modulo 2^32.
