@@ -20,6 +20,9 @@ constexpr int kRawDeflateWindowBits = -15;
 constexpr std::uint32_t kSingleProductLayout = 0;
 constexpr std::uint32_t kMultiLanguageLayout = 1;
 
+// Offsets and sizes are 32-bit, so no byte beyond this one can be addressed.
+constexpr std::uint64_t kLargestInflatedKit = 0xFFFFFFFF;
+
 constexpr std::size_t kU32Size = 4;
 constexpr std::size_t kFileTimeSize = 8;
 
@@ -43,12 +46,13 @@ inline std::uint32_t read_u32le(const unsigned char* p) {
 }
 
 inline std::uint64_t read_u64le(const unsigned char* p) {
-    return static_cast<std::uint64_t>(read_u32le(p)) |
-           static_cast<std::uint64_t>(read_u32le(p + 4)) << 32;
+    return static_cast<std::uint64_t>(read_u32le(p)) | static_cast<std::uint64_t>(read_u32le(p + 4))
+                                                           << 32;
 }
 
 inline void append_u32le(std::vector<unsigned char>& out, std::uint32_t v) {
-    for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<unsigned char>(v >> shift));
+    for (int shift = 0; shift < 32; shift += 8)
+        out.push_back(static_cast<unsigned char>(v >> shift));
 }
 
 inline void append_u64le(std::vector<unsigned char>& out, std::uint64_t v) {

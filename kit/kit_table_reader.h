@@ -40,15 +40,17 @@ struct Place {
 constexpr char kKitEndsInsideField[] = "kit ends inside a field";
 constexpr char kStringPastRecord[] = "string runs past its record";
 
-[[noreturn]] inline void Refuse(const char* reason, std::uint64_t position, Place place = {}) {
-    throw Failure{kDamagedData, LoadRefusal{reason, position, place.table, place.record}};
+// `range` only for a file's data range.
+[[noreturn]] inline void Refuse(const char* reason, std::uint64_t position, Place place = {},
+                                ClaimedRange range = {}) {
+    throw Failure{kDamagedData, LoadRefusal{reason, position, place.table, place.record, range}};
 }
 
 // `reason` explains a 13 that comes from the kit itself rather than from the system.
 inline void Check(ResultCode code, const char* reason = nullptr) {
     if (code != kOk)
-        throw Failure{code,
-                      LoadRefusal{code == kDamagedData ? reason : nullptr, 0, KitTable::kNone, 0}};
+        throw Failure{
+            code, LoadRefusal{code == kDamagedData ? reason : nullptr, 0, KitTable::kNone, 0, {}}};
 }
 
 // Runs `body` and turns whatever it raises into a result code, so that no exception
@@ -64,7 +66,7 @@ ResultCode Guarded(Body&& body, LoadRefusal* refusal = nullptr) noexcept {
         return failure.code;
     } catch (const std::exception&) {
         if (refusal != nullptr)
-            *refusal = LoadRefusal{"not enough memory to read the kit", 0, KitTable::kNone, 0};
+            *refusal = LoadRefusal{"not enough memory to read the kit", 0, KitTable::kNone, 0, {}};
         return kDamagedData;
     }
 }
@@ -199,6 +201,19 @@ class Cursor {
         std::vector<unsigned char> body(bodyLength);
         Read(body.data(), bodyLength);
         return RecordFields(std::move(body), start + kitformat::kRecordLengthSize, place_);
+    }
+
+    // Where record `record` (1-based) of a table begins, found by walking the lengths of
+    // the records before it from `firstRecord`; they were all read before. Only for
+    // refusals: it moves the handle.
+    std::uint64_t RecordStart(std::uint64_t firstRecord, std::uint32_t record) {
+        std::uint64_t start = firstRecord;
+        for (std::uint32_t i = 1; i < record; ++i) {
+            Rewind(handle_, start);
+            position_ = start;
+            start += ReadU32();
+        }
+        return start;
     }
 
   private:

@@ -19,7 +19,7 @@ TEST(KitCheck, VerifyNamesTheRuleTheReaderBrokeAndWhere) {
         {"overrunning-record", "file record 1 at byte 134: string runs past its record"},
         {"huge-count", "file table at byte 8: count cannot fit in the rest of the kit"},
         {"dotdot-name", "file record 1 at byte 16: unsafe file name"},
-        {"data-outside", "file record 1 at byte 58: data range outside the kit"},
+        {"data-outside", "file record 1 at byte 12: data range outside the kit"},
     };
     for (const auto& [name, reason] : cases) {
         std::string summary, error;
