@@ -36,7 +36,8 @@ struct ProductInfo {
 // file system whose handle it will be copied through.
 template <class FileSystemPolicy>
 struct FileData {
-    stdx::u16string name;  // relative path; never empty, absolute or climbing out with ".."
+    // Relative path; never empty, absolute, climbing out with ".." or holding a surrogate.
+    stdx::u16string name;
     FileTime modificationTime = 0;
     // Absolute position of the data in the inflated kit once loaded; offset + size
     // always lies inside the inflated kit.
@@ -77,7 +78,7 @@ class InstallData {
     // Read one record at the handle's position and leave the handle after it, having
     // moved by exactly the record's stated length. 13 when the record does not fit in
     // the rest of the file or its fields run past its length; a file record's name must
-    // also be safe (kitformat::is_safe_file_name). The output is untouched on failure.
+    // also be safe (kitformat::FileNameRefusal). The output is untouched on failure.
     ResultCode ReadProductInfo(FileHandle file, config::ProductInfo& product);
     ResultCode ReadFileData(FileHandle file, config::FileData<FileSystemPolicy>& data);
 

@@ -29,8 +29,8 @@ config::FileData<FileSystemPolicy> ReadFileRecord(Cursor<FileSystemPolicy>& curs
     const std::uint64_t nameStart = fields.position();
     file.name = fields.TakeString();
     // The worker joins this name to the templates directory; it must stay inside it.
-    if (!kitformat::is_safe_file_name(file.name.data(), file.name.size())) {
-        Refuse("unsafe file name", nameStart, fields.place());
+    if (const char* refusal = kitformat::FileNameRefusal(file.name.data(), file.name.size())) {
+        Refuse(refusal, nameStart, fields.place());
     }
     file.modificationTime = fields.TakeU64();
     file.offset = fields.TakeU32();
