@@ -151,21 +151,22 @@ struct KitPaths {
 // deflater (level 6, the tool's), its inflated bytes, and a gzip of those.
 KitPaths WriteKit(const std::string& base, const std::vector<std::uint32_t>& sizes, Random& random,
                   unsigned noisePercent, bool withGzip) {
-    std::vector<kittool::KitFileEntry> entries;
+    std::vector<kittool::KitFile> entries;
     std::uint64_t offset = 0;
     for (std::size_t i = 0; i < sizes.size(); ++i) {
-        kittool::KitFileEntry entry;
+        kittool::KitFile entry;
         const std::string name = "reports\\dept-" + std::to_string(i % 97) + "\\monthly-summary-" +
                                  std::to_string(i) + ".txt";
-        entry.name.assign(name.begin(), name.end());
-        entry.modification_time = 133534728000000000ull;
+        const std::u16string units(name.begin(), name.end());
+        entry.name.assign(units.data(), units.size());
+        entry.modificationTime = 133534728000000000ull;
         entry.offset = static_cast<std::uint32_t>(offset);
         entry.size = sizes[i];
         offset += sizes[i];
         entries.push_back(std::move(entry));
     }
     if (offset > kitformat::kLargestInflatedKit) Fail("kit too large");
-    const std::vector<kittool::KitProduct> products = {
+    const std::vector<config::ProductInfo> products = {
         {u"en", u"Report Templates", u"Example Works", u""}};
     const std::vector<unsigned char> tables =
         kittool::encode_kit_tables(kitformat::kMultiLanguageLayout, products, entries);
