@@ -65,10 +65,12 @@ bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFile& en
     }
     if (!convert_field(source.relative_path, quoted + ": name", entry.name, error)) return false;
     entry.name = KitPath(entry.name);
-    if (!kitformat::is_safe_file_name(entry.name.data(), entry.name.size())) {
-        error = quoted +
-                ": the installer refuses this name (it could leave the templates "
-                "folder)";
+    if (const char* refusal = kitformat::FileNameRefusal(entry.name.data(), entry.name.size())) {
+        const bool surrogate = std::strcmp(refusal, kitformat::kSurrogateInFileName) == 0;
+        error = quoted + ": the installer refuses this name (" +
+                (surrogate ? "it holds a character beyond U+FFFF"
+                           : "it could leave the templates folder") +
+                ")";
         return false;
     }
     if (!unix_seconds_to_file_time(source.modified_seconds, entry.modificationTime)) {

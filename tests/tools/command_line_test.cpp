@@ -136,6 +136,8 @@ TEST(CommandLine, VerifyAnswersWhetherTheInstallerCanUseTheKit) {
          "product record 1 at byte 8: record length below its fixed fields; the installer's "
          "reader answers 13 (damaged data)"},
         {kit("huge-count"), false, 1, "file table at byte 8: count cannot fit in the rest"},
+        {kit("lone-surrogate-name"), false, 1,
+         "file record 1 at byte 16: file name holds a surrogate"},
         {dir / "beyond-4GiB", false, 1,
          "file record 1 at byte 12: data range outside the kit (starts at byte 4294967326, 5 "
          "bytes long, the kit is 60 bytes); the installer's reader answers 13 (damaged data)"},

@@ -117,8 +117,11 @@ TEST_F(PackRefusal, TextNamesSizesAndWriteFailures) {
     ExpectRefused("product 'en': name is not valid UTF-8 (byte 3)", {"en:Caf\xE9:V:"});
     ExpectRefused("more than one product", {"en:A:B:", "EN:C:D:"});
     WriteFileAt(dir / "src/C:drive.txt", "x");
-    ExpectRefused("'C:drive.txt': the installer refuses");
+    ExpectRefused("'C:drive.txt': the installer refuses this name (it could leave");
     std::filesystem::remove(dir / "src/C:drive.txt");
+    WriteFileAt(dir / "src/\xF0\x9F\x98\x80.txt", "x");  // U+1F600 takes two surrogates
+    ExpectRefused("the installer refuses this name (it holds a character beyond U+FFFF)");
+    std::filesystem::remove(dir / "src/\xF0\x9F\x98\x80.txt");
 
     // Sparse files: sizes are refused before a byte of them is read.
     const std::string huge = dir / "src/huge.bin";
