@@ -29,8 +29,8 @@ config::FileData<FileSystemPolicy> ReadFileRecord(Cursor<FileSystemPolicy>& curs
     const std::uint64_t nameStart = fields.position();
     file.name = fields.TakeString();
     // The worker joins this name to the templates directory; it must stay inside it.
-    if (!kitformat::is_safe_file_name(file.name.data(), file.name.size())) {
-        Refuse("unsafe file name", nameStart, fields.place());
+    if (const char* refusal = kitformat::FileNameRefusal(file.name.data(), file.name.size())) {
+        Refuse(refusal, nameStart, fields.place());
     }
     file.modificationTime = fields.TakeU64();
     file.offset = fields.TakeU32();
@@ -46,22 +46,32 @@ InstallData<Compressor, FileSystemPolicy>::InstallData()
 
 template <class Compressor, class FileSystemPolicy>
 ResultCode InstallData<Compressor, FileSystemPolicy>::Load(const stdx::u16string& kitPath) {
-    bool temporaryFileCreated = false;
+    bool nameToRemove = false;
     lastRefusal = LoadRefusal{};
     const ResultCode code = kitreader::Guarded(
         [&] {
             kitreader::Check(CreateKitTempFile(tempPath));
-            temporaryFileCreated = true;
+            nameToRemove = true;
             kitreader::Check(compressor.Decompress(kitPath, tempPath), "deflate data is damaged");
             FileHandle opened = kNoHandle;
             kitreader::Check(
                 FileSystemPolicy::OpenFile(tempPath, kGenericReadWrite, 0, kOpenExisting, opened));
             handle = opened;
+            // The handle alone keeps the data now; without a name nothing can outlive us.
+            FileSystemPolicy::DeleteFile(tempPath);
+            nameToRemove = false;
             ReadTables();
         },
         &lastRefusal);
-    if (code != kOk) AbandonLoad(temporaryFileCreated);
+    if (code != kOk) AbandonLoad(nameToRemove);
     return code;
+}
+
+template <class Compressor, class FileSystemPolicy>
+void InstallData<Compressor, FileSystemPolicy>::Close() {
+    if (handle == kNoHandle) return;
+    FileSystemPolicy::CloseFile(handle);
+    handle = kNoHandle;
 }
 
 template <class Compressor, class FileSystemPolicy>
@@ -89,6 +99,7 @@ void InstallData<Compressor, FileSystemPolicy>::ReadTables() {
     files.clear();
     cursor.Enter(Place{KitTable::kFiles, 0});
     const std::uint32_t fileCount = cursor.ReadCount(kitformat::kMinFileRecordLength);
+    const std::uint64_t firstRecord = cursor.position();
     for (std::uint32_t i = 0; i < fileCount; ++i) {
         cursor.Enter(Place{KitTable::kFiles, i + 1});
         files.push_back(kitreader::ReadFileRecord(cursor));
@@ -101,22 +112,22 @@ void InstallData<Compressor, FileSystemPolicy>::ReadTables() {
         const std::uint64_t start = dataStart + file.offset;
         if (start > std::numeric_limits<std::uint32_t>::max() ||
             start + file.size > cursor.size()) {
-            kitreader::Refuse("data range outside the kit", start,
-                              Place{KitTable::kFiles, static_cast<std::uint32_t>(i + 1)});
+            const auto record = static_cast<std::uint32_t>(i + 1);
+            kitreader::Refuse("data range outside the kit", cursor.RecordStart(firstRecord, record),
+                              Place{KitTable::kFiles, record},
+                              ClaimedRange{start, file.size, cursor.size()});
         }
         file.offset = static_cast<std::uint32_t>(start);
     }
 }
 
 template <class Compressor, class FileSystemPolicy>
-void InstallData<Compressor, FileSystemPolicy>::AbandonLoad(bool temporaryFileCreated) {
+void InstallData<Compressor, FileSystemPolicy>::AbandonLoad(bool removeTemporaryFile) {
     files.clear();
-    if (handle != kNoHandle) {
-        FileSystemPolicy::CloseFile(handle);
-        handle = kNoHandle;
-    }
-    // A name that could not be created may belong to someone else: leave it alone.
-    if (temporaryFileCreated && !tempPath.empty()) FileSystemPolicy::DeleteFile(tempPath);
+    Close();
+    // A name that could not be created may belong to someone else, and one already
+    // removed may have been taken again since: leave both alone.
+    if (removeTemporaryFile && !tempPath.empty()) FileSystemPolicy::DeleteFile(tempPath);
 }
 
 template <class Compressor, class FileSystemPolicy>

@@ -20,6 +20,9 @@ constexpr int kRawDeflateWindowBits = -15;
 constexpr std::uint32_t kSingleProductLayout = 0;
 constexpr std::uint32_t kMultiLanguageLayout = 1;
 
+// Offsets and sizes are 32-bit, so no byte beyond this one can be addressed.
+constexpr std::uint64_t kLargestInflatedKit = 0xFFFFFFFF;
+
 constexpr std::size_t kU32Size = 4;
 constexpr std::size_t kFileTimeSize = 8;
 
@@ -59,7 +62,16 @@ inline void append_u64le(std::vector<unsigned char>& out, std::uint64_t v) {
 
 // A kit file name may be installed only when it stays inside the templates directory:
 // not empty, no zero unit, no leading separator or drive letter ("C:"), and no ".."
-// segment once every '\' is read as '/'.
+// segment once every '\' is read as '/'. Nor may it hold a surrogate unit, paired or
+// not: the conversion to the system's encoding stops at the first one, so such a name
+// would reach the disk cut short (".." + U+D800 as "..", U+1F600 + ".txt" as the empty
+// name, that is the templates directory itself).
 bool is_safe_file_name(const char16_t* units, std::size_t count);
+
+// Why a file name may not be installed, as one of the two reasons below, or null when
+// is_safe_file_name holds.
+constexpr char kUnsafeFileName[] = "unsafe file name";
+constexpr char kSurrogateInFileName[] = "file name holds a surrogate";
+const char* FileNameRefusal(const char16_t* units, std::size_t count);
 
 }  // namespace kitformat

@@ -40,15 +40,17 @@ struct Place {
 constexpr char kKitEndsInsideField[] = "kit ends inside a field";
 constexpr char kStringPastRecord[] = "string runs past its record";
 
-[[noreturn]] inline void Refuse(const char* reason, std::uint64_t position, Place place = {}) {
-    throw Failure{kDamagedData, LoadRefusal{reason, position, place.table, place.record}};
+// `range` only for a file's data range.
+[[noreturn]] inline void Refuse(const char* reason, std::uint64_t position, Place place = {},
+                                ClaimedRange range = {}) {
+    throw Failure{kDamagedData, LoadRefusal{reason, position, place.table, place.record, range}};
 }
 
 // `reason` explains a 13 that comes from the kit itself rather than from the system.
 inline void Check(ResultCode code, const char* reason = nullptr) {
     if (code != kOk)
-        throw Failure{code,
-                      LoadRefusal{code == kDamagedData ? reason : nullptr, 0, KitTable::kNone, 0}};
+        throw Failure{
+            code, LoadRefusal{code == kDamagedData ? reason : nullptr, 0, KitTable::kNone, 0, {}}};
 }
 
 // Runs `body` and turns whatever it raises into a result code, so that no exception
@@ -64,27 +66,31 @@ ResultCode Guarded(Body&& body, LoadRefusal* refusal = nullptr) noexcept {
         return failure.code;
     } catch (const std::exception&) {
         if (refusal != nullptr)
-            *refusal = LoadRefusal{"not enough memory to read the kit", 0, KitTable::kNone, 0};
+            *refusal = LoadRefusal{"not enough memory to read the kit", 0, KitTable::kNone, 0, {}};
         return kDamagedData;
     }
 }
 
-// Appends `count` UTF-16LE units from `bytes` to a new string.
-inline stdx::u16string DecodeUnits(const unsigned char* bytes, std::size_t count) {
-    stdx::u16string text;
-    text.reserve(count);
+// `count` UTF-16LE units from `bytes` as a string, decoded through `units` (kept by the
+// caller across names, so it grows only for the longest): a kit may hold tens of
+// thousands of names, and the string is then made once at its exact length.
+inline stdx::u16string DecodeUnits(const unsigned char* bytes, std::size_t count,
+                                   std::vector<char16_t>& units) {
+    if (units.size() < count) units.resize(count);
     for (std::size_t i = 0; i < count; ++i) {
-        text.push_back(static_cast<char16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8));
+        units[i] = static_cast<char16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
     }
-    return text;
+    return stdx::u16string(units.data(), count);
 }
 
-// Fields of one record held in memory; every take refuses to run past the record.
+// Fields of one record held in memory (the Cursor's buffer, valid until its next read);
+// every take refuses to run past the record.
 class RecordFields {
   public:
     // `origin` is the kit position of the first byte, for refusals.
-    RecordFields(std::vector<unsigned char> bytes, std::uint64_t origin, Place place)
-        : bytes_(std::move(bytes)), origin_(origin), place_(place) {}
+    RecordFields(const unsigned char* bytes, std::size_t length, std::uint64_t origin, Place place,
+                 std::vector<char16_t>& units)
+        : bytes_(bytes), length_(length), origin_(origin), place_(place), units_(units) {}
 
     std::uint64_t position() const { return origin_ + position_; }
     Place place() const { return place_; }
@@ -99,7 +105,7 @@ class RecordFields {
         const std::uint64_t start = position();
         const std::uint32_t units =
             kitformat::read_u32le(Take(kitformat::kStringCountSize, kStringPastRecord, start));
-        return DecodeUnits(Take(std::size_t{units} * 2, kStringPastRecord, start), units);
+        return DecodeUnits(Take(std::size_t{units} * 2, kStringPastRecord, start), units, units_);
     }
 
   private:
@@ -108,15 +114,17 @@ class RecordFields {
         return Take(count, reason, position());
     }
     const unsigned char* Take(std::size_t count, const char* reason, std::uint64_t fieldStart) {
-        if (count > bytes_.size() - position_) Refuse(reason, fieldStart, place_);
-        const unsigned char* field = bytes_.data() + position_;
+        if (count > length_ - position_) Refuse(reason, fieldStart, place_);
+        const unsigned char* field = bytes_ + position_;
         position_ += count;
         return field;
     }
 
-    std::vector<unsigned char> bytes_;
+    const unsigned char* bytes_;
+    std::size_t length_;
     std::uint64_t origin_;
     Place place_;
+    std::vector<char16_t>& units_;
     std::size_t position_ = 0;
 };
 
@@ -183,9 +191,8 @@ class Cursor {
         if (std::uint64_t{units} * 2 > remaining()) {
             Refuse("string runs past the end of the kit", start, place_);
         }
-        std::vector<unsigned char> bytes(std::size_t{units} * 2);
-        Read(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-        return DecodeUnits(bytes.data(), units);
+        Read(Buffer(std::size_t{units} * 2), units * 2);
+        return DecodeUnits(buffer_.data(), units, units_);
     }
 
     // The fields of one record, after its length field. The length counts itself and
@@ -196,9 +203,22 @@ class Cursor {
         if (length < minimumLength) Refuse("record length below its fixed fields", start, place_);
         const std::uint32_t bodyLength = length - kitformat::kRecordLengthSize;
         if (bodyLength > remaining()) Refuse("record runs past the end of the kit", start, place_);
-        std::vector<unsigned char> body(bodyLength);
-        Read(body.data(), bodyLength);
-        return RecordFields(std::move(body), start + kitformat::kRecordLengthSize, place_);
+        Read(Buffer(bodyLength), bodyLength);
+        return RecordFields(buffer_.data(), bodyLength, start + kitformat::kRecordLengthSize,
+                            place_, units_);
+    }
+
+    // Where record `record` (1-based) of a table begins, found by walking the lengths of
+    // the records before it from `firstRecord`; they were all read before. Only for
+    // refusals: it moves the handle.
+    std::uint64_t RecordStart(std::uint64_t firstRecord, std::uint32_t record) {
+        std::uint64_t start = firstRecord;
+        for (std::uint32_t i = 1; i < record; ++i) {
+            Rewind(handle_, start);
+            position_ = start;
+            start += ReadU32();
+        }
+        return start;
     }
 
   private:
@@ -228,10 +248,19 @@ class Cursor {
         if (Seek(handle, kFileCurrent) != position) Refuse("kit cannot be repositioned", position);
     }
 
+    // The one buffer every record and string is read into, grown to the largest so far;
+    // sizes are checked against the rest of the kit before they get here.
+    unsigned char* Buffer(std::size_t size) {
+        if (buffer_.size() < size) buffer_.resize(size);
+        return buffer_.data();
+    }
+
     FileHandle handle_;
     std::uint64_t position_;
     std::uint64_t size_;
     Place place_;
+    std::vector<unsigned char> buffer_;
+    std::vector<char16_t> units_;
 };
 
 }  // namespace kitreader

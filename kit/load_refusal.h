@@ -14,13 +14,22 @@ enum class KitTable : std::uint8_t {
     kFiles,     // the file count, records and data ranges
 };
 
+// The data range a file record claims, given only with the refusal "data range outside
+// the kit".
+struct ClaimedRange {
+    std::uint64_t start = 0;    // in the inflated kit: data area start + stored offset, unwrapped
+    std::uint32_t length = 0;   // the record's size field
+    std::uint64_t kitSize = 0;  // bytes of the inflated kit
+};
+
 struct LoadRefusal {
     // A static string naming the broken rule ("unsafe file name"); null when the last
     // load succeeded or failed for a reason other than damaged data.
     const char* reason = nullptr;
     // Byte of the inflated kit where the refused field or record begins; for a data
-    // range, the byte the file's data would begin at.
+    // range, where the file's record begins (its length field).
     std::uint64_t position = 0;
     KitTable table = KitTable::kNone;
-    std::uint32_t record = 0;  // 1-based within `table`; 0 outside any record
+    std::uint32_t record = 0;   // 1-based within `table`; 0 outside any record
+    ClaimedRange claimedRange;  // all zero except for a data range outside the kit
 };

@@ -53,8 +53,9 @@ class Inflater {
     bool ready_;
 };
 
-// Runs the inflate loop; the caller owns both handles and the mapping.
-ResultCode InflateInto(const SourceMapping& source, FileHandle destination) {
+// Runs the inflate loop and says in `report` how the stream ended; the caller owns both
+// handles and the mapping.
+ResultCode InflateInto(const SourceMapping& source, FileHandle destination, StreamReport& report) {
     Inflater inflater;
     if (!inflater.ready()) return kDamagedData;
     z_stream& stream = inflater.stream();
@@ -68,13 +69,19 @@ ResultCode InflateInto(const SourceMapping& source, FileHandle destination) {
     do {
         stream.next_out = buffer.get();
         stream.avail_out = LZCompressor::kOutputBufferSize;
-        const uLong totalBefore = stream.total_out;
         status = inflate(&stream, Z_NO_FLUSH);
         // Input used up before the end of the stream: a truncated kit, whose tables the
         // reader will find short. Not an inflation error.
         if (status == Z_BUF_ERROR && stream.avail_in == 0) status = Z_OK;
+        report.consumed = source.length() - stream.avail_in;
 
-        const auto produced = static_cast<std::uint32_t>(stream.total_out - totalBefore);
+        const std::uint32_t produced = LZCompressor::kOutputBufferSize - stream.avail_out;
+        report.inflatedSize += produced;
+        // Counted here rather than by zlib, whose total may be 32-bit.
+        if (report.inflatedSize > kitformat::kLargestInflatedKit) {
+            report.end = StreamEnd::kTooLarge;
+            return kDamagedData;
+        }
         if (produced > 0) {
             std::uint32_t written = 0;
             const ResultCode code =
@@ -83,13 +90,28 @@ ResultCode InflateInto(const SourceMapping& source, FileHandle destination) {
         }
     } while (stream.avail_out == 0 && status == Z_OK);
 
-    return status < 0 ? kDamagedData : kOk;
+    if (status < 0) {
+        report.end = StreamEnd::kCorrupt;
+        report.damage = stream.msg != nullptr ? stream.msg : "invalid deflate data";
+        return kDamagedData;
+    }
+    if (status == Z_STREAM_END) {
+        report.end = StreamEnd::kComplete;
+        report.trailing = stream.avail_in;
+    } else {
+        report.end = StreamEnd::kEndsEarly;
+    }
+    return kOk;
 }
 
 }  // namespace
 
 ResultCode LZCompressor::Decompress(const stdx::u16string& source,
-                                    const stdx::u16string& destination) const {
+                                    const stdx::u16string& destination,
+                                    StreamReport* report) const {
+    StreamReport unused;
+    StreamReport& said = report != nullptr ? *report : unused;
+    said = StreamReport{};
     FileHandle sourceHandle = kNoHandle;
     ResultCode code = FileSystem::OpenFile(source, kGenericRead, 0, kOpenExisting, sourceHandle);
     if (code != kOk) return code;
@@ -101,14 +123,21 @@ ResultCode LZCompressor::Decompress(const stdx::u16string& source,
         return code;
     }
     // Create-always does not truncate by itself; an old, longer file must not show
-    // through behind the new content.
-    code = FileSystem::SetEndOfFile(destinationHandle);
+    // through behind the new content. An empty one is left alone: on ext4 even a cut to
+    // the length a file already has makes close() write all of the new content to disk.
+    std::int32_t sizeHigh = 0;
+    if (FileSystem::SetFilePointer(destinationHandle, 0, &sizeHigh, kFileEnd) != 0 ||
+        sizeHigh != 0) {
+        code = FileSystem::SetFilePointer(destinationHandle, 0, nullptr, kFileBegin) == 0
+                   ? FileSystem::SetEndOfFile(destinationHandle)
+                   : kCannotWrite;
+    }
 
     if (code == kOk) {
         // Kits of 4 GiB or more are read only up to their length modulo 2^32.
         const std::uint32_t length = FileSystem::SetFilePointer(sourceHandle, 0, nullptr, kFileEnd);
         SourceMapping mapping(sourceHandle, length);
-        code = mapping.usable() ? InflateInto(mapping, destinationHandle) : kDamagedData;
+        code = mapping.usable() ? InflateInto(mapping, destinationHandle, said) : kDamagedData;
     } else {
         code = kCannotWrite;
     }

@@ -76,11 +76,20 @@ bool parse_command_line(const std::vector<std::string>& args, CommandLine& line,
     }
     if (command == "list" || command == "verify") {
         line.command = command == "list" ? Command::kList : Command::kVerify;
-        if (args.size() != 2 || args[1].empty() || args[1][0] == '-') {
+        for (std::size_t i = 1; i < args.size(); ++i) {
+            if (args[i] == "--strict" && line.command == Command::kVerify && !line.strict) {
+                line.strict = true;
+            } else if (args[i].empty() || args[i][0] == '-' || !line.kit_path.empty()) {
+                line.kit_path.clear();
+                break;
+            } else {
+                line.kit_path = args[i];
+            }
+        }
+        if (line.kit_path.empty()) {
             error = command + ": expected exactly one kit file";
             return false;
         }
-        line.kit_path = args[1];
         return true;
     }
     error = "unknown command '" + command + "' (pack, list or verify)";
@@ -94,7 +103,9 @@ const char* usage_text() {
            " [--level N]\n"
            "      pack every regular file below DIR into KIT (level 0-9, default 9)\n"
            "  ord8kit list KIT     show the kit's products and files as the installer reads them\n"
-           "  ord8kit verify KIT   check the whole kit; exit 0 when the installer can use it\n"
+           "  ord8kit verify [--strict] KIT\n"
+           "      check the whole kit; exit 0 when the installer can use it, warnings\n"
+           "      included (--strict: exit 1 on any warning too)\n"
            "exit status: 0 success, 1 refused input or kit, 2 bad command line\n";
 }
 

@@ -16,6 +16,7 @@ struct CommandLine {
     Command command = Command::kHelp;
     PackOptions pack;      // for kPack
     std::string kit_path;  // for kList and kVerify
+    bool strict = false;   // for kVerify: warnings count as errors
 };
 
 // `args` excludes the program name. False with a one-line `error` for unknown

@@ -1,22 +1,26 @@
 #include "tools/installer_reader.h"
 
-#include "fs/file_system.h"
-#include "fs/result_codes.h"
-#include "kit/install_data.h"
-#include "kit/lz_compressor.h"
+#include <utility>
+
 #include "text/encoding.h"
 
 namespace kittool {
 
 namespace {
 
-std::u16string plain(const stdx::u16string& text) {
-    return std::u16string(text.data(), text.size());
-}
+// The installer's inflation, asked to say how the stream ended.
+class ReportingCompressor : public LZCompressor {
+  public:
+    ResultCode Decompress(const stdx::u16string& source, const stdx::u16string& destination) {
+        return LZCompressor::Decompress(source, destination, &report);
+    }
+
+    StreamReport report;
+};
 
 // The reader names the table and record it was in; outside the tables the position
 // means nothing to a reader of the message, so the reason stands alone.
-std::string describe_refusal(const LoadRefusal& refusal) {
+std::string DescribeRefusal(const LoadRefusal& refusal) {
     if (refusal.reason == nullptr) return {};
     std::string where;
     switch (refusal.table) {
@@ -34,36 +38,33 @@ std::string describe_refusal(const LoadRefusal& refusal) {
                                         : "file record " + std::to_string(refusal.record);
             break;
     }
-    return where + " at byte " + std::to_string(refusal.position) + ": " + refusal.reason;
+    std::string text =
+        where + " at byte " + std::to_string(refusal.position) + ": " + refusal.reason;
+    const ClaimedRange& range = refusal.claimedRange;
+    if (range.kitSize != 0)  // only a data range outside the kit has one
+        text += " (starts at byte " + std::to_string(range.start) + ", " +
+                std::to_string(range.length) + " bytes long, the kit is " +
+                std::to_string(range.kitSize) + " bytes)";
+    return text;
 }
 
 }  // namespace
 
-ReaderView load_with_installer_reader(const std::string& kit_path) {
-    InstallData<LZCompressor, FileSystem> data;
-    ReaderView view;
-    view.code = data.Load(stdx::from_multibyte(stdx::mbstring(kit_path.c_str())));
-    if (view.code != kOk) {  // a failed load has removed its file itself
-        view.refusal = describe_refusal(data.lastRefusal);
-        return view;
+LoadedKit LoadKit(const std::string& kitPath) {
+    InstallData<ReportingCompressor, FileSystem> data;
+    LoadedKit kit;
+    kit.code = data.Load(stdx::from_multibyte(stdx::mbstring(kitPath.c_str())));
+    data.Close();
+    kit.refusal = DescribeRefusal(data.lastRefusal);
+    kit.stream = data.compressor.report;
+    if (kit.code == kOk) {
+        kit.products = std::move(data.products);
+        kit.files = std::move(data.files);
     }
-
-    for (const config::ProductInfo& product : data.products)
-        view.products.push_back(KitProduct{plain(product.language), plain(product.productName),
-                                           plain(product.provider),
-                                           plain(product.descriptionFile)});
-    for (const config::FileData<FileSystem>& file : data.files)
-        view.files.push_back(
-            KitFileEntry{plain(file.name), file.modificationTime, file.offset, file.size});
-
-    // The installer keeps the inflated kit until it ends; the tool has no use for it.
-    FileSystem::CloseFile(data.handle);
-    data.handle = kNoHandle;
-    FileSystem::DeleteFile(data.tempPath);
-    return view;
+    return kit;
 }
 
-std::string describe_result_code(std::uint32_t code) {
+std::string DescribeResultCode(ResultCode code) {
     switch (code) {
         case kOk:
             return "0 (success)";

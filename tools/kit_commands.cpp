@@ -1,11 +1,6 @@
 #include "tools/kit_commands.h"
 
-#include <cstdio>
-#include <memory>
-
-#include "tools/file_ptr.h"
 #include "tools/file_time.h"
-#include "tools/inflate_check.h"
 #include "tools/installer_reader.h"
 #include "tools/utf_conversion.h"
 
@@ -13,80 +8,67 @@ namespace kittool {
 
 namespace {
 
-std::string shown(const std::u16string& text) {
-    return utf16_for_display(text.data(), text.size());
+std::string Shown(const stdx::u16string& text) { return escape_control_bytes(ToUtf8(text)); }
+
+std::string WhereItEnds(const StreamReport& stream) {
+    return "after " + std::to_string(stream.consumed) + " kit bytes and " +
+           std::to_string(stream.inflatedSize) + " unpacked";
 }
 
-std::string refused_by_reader(const ReaderView& view) {
-    return "the installer's reader refuses the kit with code " + describe_result_code(view.code) +
-           (view.refusal.empty() ? "" : ": " + view.refusal);
-}
-
-// The first problem of the stream itself, or empty.
-std::string stream_problem(const InflateReport& report) {
-    switch (report.state) {
-        case StreamState::kCorrupt:
-            return "the deflate data is corrupt near kit byte " + std::to_string(report.consumed) +
-                   " (" + report.detail + ")";
-        case StreamState::kEndsEarly:
-            return "the deflate stream ends early, after " + std::to_string(report.consumed) +
-                   " kit bytes and " + std::to_string(report.inflated_size) +
-                   " unpacked: the kit is truncated";
-        case StreamState::kTooLarge:
-            return "the kit unpacks to more than the 4 GiB a kit can address";
-        case StreamState::kComplete:
-            break;
-    }
-    return {};
+// Why the installer cannot use the kit: the stream's fault, or the reader's refusal with
+// a truncated stream named as its likely cause. Then the reader's answer.
+std::string Failure(const LoadedKit& kit) {
+    std::string problem;
+    if (kit.stream.end == StreamEnd::kCorrupt)
+        problem = "the deflate data is corrupt near kit byte " +
+                  std::to_string(kit.stream.consumed) + " (" + kit.stream.damage + ")";
+    else if (kit.stream.end == StreamEnd::kTooLarge)
+        problem = "the kit unpacks to more than the 4 GiB a kit can address";
+    else
+        problem = kit.refusal.empty() ? "cannot load the kit" : kit.refusal;
+    if (kit.stream.end == StreamEnd::kEndsEarly)
+        problem = "the kit is truncated (the deflate stream ends early, " +
+                  WhereItEnds(kit.stream) + "): " + problem;
+    return problem + "; the installer's reader answers " + DescribeResultCode(kit.code);
 }
 
 }  // namespace
 
-bool list_kit(const std::string& kit_path, std::string& listing, std::string& error) {
-    const ReaderView view = load_with_installer_reader(kit_path);
-    if (view.code != 0) {
-        error = refused_by_reader(view);
+bool ListKit(const std::string& kitPath, std::string& listing, std::string& error) {
+    const LoadedKit kit = LoadKit(kitPath);
+    if (kit.code != kOk) {
+        error = Failure(kit);
         return false;
     }
-    for (const KitProduct& product : view.products)
-        listing += "product\t" + shown(product.language) + "\t" + shown(product.name) + "\t" +
-                   shown(product.vendor) + "\t" + shown(product.description) + "\n";
-    for (const KitFileEntry& file : view.files)
+    for (const config::ProductInfo& product : kit.products)
+        listing += "product\t" + Shown(product.language) + "\t" + Shown(product.productName) +
+                   "\t" + Shown(product.provider) + "\t" + Shown(product.descriptionFile) + "\n";
+    for (const KitFile& file : kit.files)
         listing += "file\t" + std::to_string(file.size) + "\t" +
-                   file_time_to_iso(file.modification_time) + "\t" + shown(file.name) + "\n";
+                   file_time_to_iso(file.modificationTime) + "\t" + Shown(file.name) + "\n";
     return true;
 }
 
-bool verify_kit(const std::string& kit_path, std::string& summary, std::string& error) {
-    FilePtr scratch(std::tmpfile());
-    if (!scratch) {
-        error = "cannot create a scratch file to unpack into";
-        return false;
+KitVerdict VerifyKit(const std::string& kitPath) {
+    const LoadedKit kit = LoadKit(kitPath);
+    KitVerdict verdict;
+    if (kit.code != kOk) {
+        verdict.error = Failure(kit);
+        return verdict;
     }
-    InflateReport stream;
-    if (!inflate_kit(kit_path, scratch.get(), stream, error)) return false;
-
-    // Stream, then the reader's refusal, then trailing bytes: the first problem is the
-    // one reported. The reader alone judges the tables; the stream checks are the tool's.
-    const ReaderView view = load_with_installer_reader(kit_path);
-    std::string problem = stream_problem(stream);
-    if (problem.empty()) problem = view.refusal;
-    if (problem.empty() && stream.trailing_bytes > 0)
-        problem =
-            std::to_string(stream.trailing_bytes) + " bytes follow the end of the deflate stream";
-
-    if (!problem.empty()) {
-        error = problem + "; the installer's reader answers " + describe_result_code(view.code);
-        return false;
-    }
-    if (view.code != 0) {
-        error = refused_by_reader(view);
-        return false;
-    }
-    summary = "sound: " + std::to_string(view.products.size()) + " product(s), " +
-              std::to_string(view.files.size()) + " file(s), " +
-              std::to_string(stream.inflated_size) + " bytes unpacked";
-    return true;
+    // The installer reads both of these fine; a writer never makes them, so they hint at
+    // a kit that was cut short or mixed up.
+    if (kit.stream.end == StreamEnd::kEndsEarly)
+        verdict.warnings.push_back("the deflate stream lacks its end marker (it ends " +
+                                   WhereItEnds(kit.stream) +
+                                   "), yet every table and data range is whole");
+    if (kit.stream.trailing > 0)
+        verdict.warnings.push_back(std::to_string(kit.stream.trailing) +
+                                   " bytes follow the end of the deflate stream");
+    verdict.summary = "ok: " + std::to_string(kit.products.size()) + " product(s), " +
+                      std::to_string(kit.files.size()) + " file(s), " +
+                      std::to_string(kit.stream.inflatedSize) + " bytes unpacked";
+    return verdict;
 }
 
 }  // namespace kittool

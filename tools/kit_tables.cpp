@@ -8,7 +8,7 @@ namespace kittool {
 
 namespace {
 
-void append_kit_string(std::vector<unsigned char>& out, const std::u16string& text) {
+void append_kit_string(std::vector<unsigned char>& out, const stdx::u16string& text) {
     kitformat::append_u32le(out, static_cast<std::uint32_t>(text.size()));
     for (const char16_t unit : text) {
         out.push_back(static_cast<unsigned char>(unit & 0xFF));
@@ -26,39 +26,39 @@ void patch_record_length(std::vector<unsigned char>& out, std::size_t record_sta
 
 }  // namespace
 
-std::uint32_t choose_layout(const std::vector<KitProduct>& products) {
+std::uint32_t choose_layout(const std::vector<config::ProductInfo>& products) {
     if (products.size() == 1 && products[0].language == u"en")
         return kitformat::kSingleProductLayout;
     return kitformat::kMultiLanguageLayout;
 }
 
 std::vector<unsigned char> encode_kit_tables(std::uint32_t layout,
-                                             const std::vector<KitProduct>& products,
-                                             const std::vector<KitFileEntry>& files) {
+                                             const std::vector<config::ProductInfo>& products,
+                                             const std::vector<KitFile>& files) {
     std::vector<unsigned char> out;
     kitformat::append_u32le(out, layout);
     if (layout == kitformat::kSingleProductLayout) {
-        append_kit_string(out, products.at(0).name);
-        append_kit_string(out, products.at(0).vendor);
-        append_kit_string(out, products.at(0).description);
+        append_kit_string(out, products.at(0).productName);
+        append_kit_string(out, products.at(0).provider);
+        append_kit_string(out, products.at(0).descriptionFile);
     } else {
         kitformat::append_u32le(out, static_cast<std::uint32_t>(products.size()));
-        for (const KitProduct& product : products) {
+        for (const config::ProductInfo& product : products) {
             const std::size_t start = out.size();
             kitformat::append_u32le(out, 0);
             append_kit_string(out, product.language);
-            append_kit_string(out, product.name);
-            append_kit_string(out, product.vendor);
-            append_kit_string(out, product.description);
+            append_kit_string(out, product.productName);
+            append_kit_string(out, product.provider);
+            append_kit_string(out, product.descriptionFile);
             patch_record_length(out, start);
         }
     }
     kitformat::append_u32le(out, static_cast<std::uint32_t>(files.size()));
-    for (const KitFileEntry& file : files) {
+    for (const KitFile& file : files) {
         const std::size_t start = out.size();
         kitformat::append_u32le(out, 0);
         append_kit_string(out, file.name);
-        kitformat::append_u64le(out, file.modification_time);
+        kitformat::append_u64le(out, file.modificationTime);
         kitformat::append_u32le(out, file.offset);
         kitformat::append_u32le(out, file.size);
         patch_record_length(out, start);

@@ -5,33 +5,23 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
+
+#include "kit/install_data.h"
 
 namespace kittool {
 
-struct KitProduct {
-    std::u16string language;
-    std::u16string name;
-    std::u16string vendor;
-    std::u16string description;
-};
-
-struct KitFileEntry {
-    std::u16string name;  // relative path with '\' between components
-    std::uint64_t modification_time = 0;
-    std::uint32_t offset = 0;  // from the start of the data area
-    std::uint32_t size = 0;
-};
+using KitFile = config::FileData<FileSystem>;
 
 // Layout 0 only for exactly one product whose language is "en": that layout cannot
 // store a language and the reader assumes English. Everything else uses layout 1.
-std::uint32_t choose_layout(const std::vector<KitProduct>& products);
+std::uint32_t choose_layout(const std::vector<config::ProductInfo>& products);
 
-// The bytes from position 0 up to the data area. Layout 0 requires exactly one product.
+// The bytes from position 0 up to the data area, from the reader's own records; file
+// offsets count from the start of the data area. Layout 0 requires exactly one product.
 // No string may exceed 2^31 - 1 units (callers refuse such text much earlier).
 std::vector<unsigned char> encode_kit_tables(std::uint32_t layout,
-                                             const std::vector<KitProduct>& products,
-                                             const std::vector<KitFileEntry>& files);
+                                             const std::vector<config::ProductInfo>& products,
+                                             const std::vector<KitFile>& files);
 
 }  // namespace kittool

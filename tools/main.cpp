@@ -1,5 +1,8 @@
 // ord8kit: packs, lists and verifies distribution kits for vendors and for our tests.
+#include <unistd.h>
+
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,18 +17,27 @@ constexpr int kExitRefused = 1;
 constexpr int kExitUsage = 2;
 
 // Messages quote file names and kit text; escaping keeps each message on one line.
-int fail(const std::string& message, int status) {
+void Tell(const std::string& message) {
     std::fprintf(stderr, "ord8kit: %s\n", kittool::escape_control_bytes(message).c_str());
+}
+
+int fail(const std::string& message, int status) {
+    Tell(message);
     return status;
 }
 
 int pack(const kittool::PackOptions& options) {
     kittool::PackSummary summary;
     std::string error;
-    if (!kittool::run_pack(options, summary, error)) return fail(error, kExitRefused);
-    for (const std::string& warning : summary.warnings)
-        std::fprintf(stderr, "ord8kit: warning: %s\n",
-                     kittool::escape_control_bytes(warning).c_str());
+    // Progress is for a person watching; logs and pipes get only the result.
+    std::unique_ptr<kittool::ProgressLine> progress;
+    if (isatty(STDERR_FILENO))
+        progress = std::make_unique<kittool::ProgressLine>(
+            [](const std::string& text) { std::fputs(text.c_str(), stderr); });
+    const bool packed = kittool::run_pack(options, summary, error, progress.get());
+    if (progress) progress->Finish();
+    if (!packed) return fail(error, kExitRefused);
+    for (const std::string& warning : summary.warnings) Tell("warning: " + warning);
     std::printf("%s: %zu product(s), %zu file(s), layout %u, %llu bytes unpacked, %llu packed\n",
                 options.output_path.c_str(), summary.product_count, summary.file_count,
                 static_cast<unsigned>(summary.layout),
@@ -36,17 +48,20 @@ int pack(const kittool::PackOptions& options) {
 
 int list(const std::string& kit_path) {
     std::string listing, error;
-    if (!kittool::list_kit(kit_path, listing, error))
+    if (!kittool::ListKit(kit_path, listing, error))
         return fail(kit_path + ": " + error, kExitRefused);
     std::fputs(listing.c_str(), stdout);
     return 0;
 }
 
-int verify(const std::string& kit_path) {
-    std::string summary, error;
-    if (!kittool::verify_kit(kit_path, summary, error))
-        return fail(kit_path + ": " + error, kExitRefused);
-    std::printf("%s: %s\n", kit_path.c_str(), summary.c_str());
+// Warnings leave a kit usable, so they keep exit 0 unless `strict` makes them errors.
+int Verify(const std::string& kitPath, bool strict) {
+    const kittool::KitVerdict verdict = kittool::VerifyKit(kitPath);
+    if (!verdict.error.empty()) return fail(kitPath + ": " + verdict.error, kExitRefused);
+    for (const std::string& warning : verdict.warnings)
+        Tell((strict ? "" : "warning: ") + kitPath + ": " + warning);
+    if (strict && !verdict.warnings.empty()) return kExitRefused;
+    std::printf("%s: %s\n", kitPath.c_str(), verdict.summary.c_str());
     return 0;
 }
 
@@ -66,7 +81,7 @@ int main(int argc, char** argv) {
         case kittool::Command::kList:
             return list(line.kit_path);
         case kittool::Command::kVerify:
-            return verify(line.kit_path);
+            return Verify(line.kit_path, line.strict);
     }
     return kExitUsage;
 }

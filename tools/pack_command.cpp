@@ -5,7 +5,10 @@
 #include <cstring>
 #include <memory>
 
+#include "fs/file_replacement.h"
 #include "kit/kit_format.h"
+#include "text/encoding.h"
+#include "text/utf8.h"
 #include "tools/deflate_writer.h"
 #include "tools/file_ptr.h"
 #include "tools/file_time.h"
@@ -18,15 +21,15 @@ namespace kittool {
 
 namespace {
 
-bool convert_field(const std::string& text, const std::string& what, std::u16string& out,
+bool convert_field(const std::string& text, const std::string& what, stdx::u16string& out,
                    std::string& error) {
     std::size_t bad_offset = 0;
-    if (utf8_to_utf16(text, out, bad_offset)) return true;
+    if (stdx::decode_utf8(text.data(), text.size(), out, &bad_offset)) return true;
     error = what + " is not valid UTF-8 (byte " + std::to_string(bad_offset) + ")";
     return false;
 }
 
-bool collect_products(const PackOptions& options, std::vector<KitProduct>& products,
+bool collect_products(const PackOptions& options, std::vector<config::ProductInfo>& products,
                       std::string& error) {
     std::vector<ProductText> texts;
     for (const std::string& path : options.manifest_paths)
@@ -39,18 +42,21 @@ bool collect_products(const PackOptions& options, std::vector<KitProduct>& produ
     if (!check_languages(texts, error)) return false;
     for (const ProductText& text : texts) {
         const std::string what = "product '" + text.language + "': ";
-        KitProduct product;
+        config::ProductInfo product;
         if (!convert_field(text.language, what + "language", product.language, error) ||
-            !convert_field(text.name, what + "name", product.name, error) ||
-            !convert_field(text.vendor, what + "vendor", product.vendor, error) ||
-            !convert_field(text.description, what + "description", product.description, error))
+            !convert_field(text.name, what + "name", product.productName, error) ||
+            !convert_field(text.vendor, what + "vendor", product.provider, error) ||
+            !convert_field(text.description, what + "description", product.descriptionFile, error))
             return false;
         products.push_back(product);
     }
     return true;
 }
 
-bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFileEntry& entry,
+// The installer reads either separator; the kit stores "\".
+stdx::u16string KitPath(stdx::u16string path) { return stdx::replace_all(path, u"/", u"\\"); }
+
+bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFile& entry,
                      std::string& error) {
     const std::string quoted = "file '" + source.relative_path + "'";
     if (source.relative_path.find('\\') != std::string::npos) {
@@ -58,15 +64,16 @@ bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFileEntr
         return false;
     }
     if (!convert_field(source.relative_path, quoted + ": name", entry.name, error)) return false;
-    for (char16_t& unit : entry.name)
-        if (unit == u'/') unit = u'\\';
-    if (!kitformat::is_safe_file_name(entry.name.data(), entry.name.size())) {
-        error = quoted +
-                ": the installer refuses this name (it could leave the templates "
-                "folder)";
+    entry.name = KitPath(entry.name);
+    if (const char* refusal = kitformat::FileNameRefusal(entry.name.data(), entry.name.size())) {
+        const bool surrogate = std::strcmp(refusal, kitformat::kSurrogateInFileName) == 0;
+        error = quoted + ": the installer refuses this name (" +
+                (surrogate ? "it holds a character beyond U+FFFF"
+                           : "it could leave the templates folder") +
+                ")";
         return false;
     }
-    if (!unix_seconds_to_file_time(source.modified_seconds, entry.modification_time)) {
+    if (!unix_seconds_to_file_time(source.modified_seconds, entry.modificationTime)) {
         error = quoted + ": modification time cannot be stored";
         return false;
     }
@@ -84,43 +91,46 @@ bool make_file_entry(const SourceFile& source, std::uint64_t offset, KitFileEntr
     return true;
 }
 
-// The installer matches languages without regard to case.
-bool is_english(const std::u16string& language) {
-    return language.size() == 2 && (language[0] | 0x20) == u'e' && (language[1] | 0x20) == u'n';
-}
-
-void add_warnings(const TreeListing& listing, const std::vector<KitProduct>& products,
-                  const std::vector<KitFileEntry>& files, std::vector<std::string>& warnings) {
+void add_warnings(const TreeListing& listing, const std::vector<config::ProductInfo>& products,
+                  const std::vector<KitFile>& files, std::vector<std::string>& warnings) {
     for (const std::string& skipped : listing.skipped)
         warnings.push_back("skipped '" + skipped + "': not a regular file");
     if (products.empty())
         warnings.push_back("no product records: the installer will show its default names");
     if (files.empty()) warnings.push_back("no files: the kit installs nothing");
     bool has_english = false;
-    for (const KitProduct& product : products)
-        has_english = has_english || is_english(product.language);
+    for (const config::ProductInfo& product : products)
+        has_english = has_english || stdx::compare_no_case(product.language, u"en") == 0;
     if (!products.empty() && !has_english)
         warnings.push_back(
             "no 'en' product: the installer falls back to 'en' for languages "
             "the kit lacks");
-    for (const KitProduct& product : products) {
-        if (product.description.empty()) continue;
-        // The installer reads either separator in this path, so compare in kit form.
-        std::u16string wanted = product.description;
-        for (char16_t& unit : wanted)
-            if (unit == u'/') unit = u'\\';
+    for (const config::ProductInfo& product : products) {
+        if (product.descriptionFile.empty()) continue;
+        const stdx::u16string wanted = KitPath(product.descriptionFile);
         bool found = false;
-        for (const KitFileEntry& file : files) found = found || file.name == wanted;
+        for (const KitFile& file : files) found = found || file.name == wanted;
         if (!found)
-            warnings.push_back(
-                "description file '" +
-                utf16_to_utf8(product.description.data(), product.description.size()) +
-                "' of product '" + utf16_to_utf8(product.language.data(), product.language.size()) +
-                "' is not among the kit's files");
+            warnings.push_back("description file '" + ToUtf8(product.descriptionFile) +
+                               "' of product '" + ToUtf8(product.language) +
+                               "' is not among the kit's files");
     }
 }
 
-bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::string& error) {
+// What has been packed so far, for the progress line when there is one.
+struct PackProgress {
+    ProgressLine* line = nullptr;
+    ProgressCounts counts;
+
+    void Add(std::uint64_t files, std::uint64_t bytes) {
+        counts.filesDone += files;
+        counts.bytesDone += bytes;
+        if (line != nullptr) line->Update(counts);
+    }
+};
+
+bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, PackProgress& progress,
+                    std::string& error) {
     FilePtr in(std::fopen(source.full_path.c_str(), "rb"));
     if (!in) {
         error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
@@ -142,6 +152,7 @@ bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::str
         }
         if (!writer.write(chunk.get(), got, error)) return false;
         copied += got;
+        progress.Add(0, got);
     }
     if (std::ferror(in.get())) {
         error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
@@ -154,51 +165,63 @@ bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, std::str
     return true;
 }
 
-// Writes to `path`; messages name `shown_path`, the file the user asked for.
-bool write_kit(const std::string& path, const std::string& shown_path, int level,
-               const std::vector<unsigned char>& tables, const std::vector<SourceFile>& sources,
-               std::uint64_t& kit_size, std::string& error) {
-    FilePtr out(std::fopen(path.c_str(), "wb"));
-    if (!out) {
-        error = "cannot create '" + shown_path + "': " + std::strerror(errno);
+// Writes beside `path` and puts the kit in place only once it is complete and on the
+// disk, so a failed pack leaves an earlier kit as it was.
+bool WriteKit(const std::string& path, int level, const std::vector<unsigned char>& tables,
+              const std::vector<SourceFile>& sources, PackProgress& progress,
+              std::uint64_t& kitSize, std::string& error) {
+    FileReplacement replacement;
+    errno = 0;
+    if (replacement.Begin(stdx::mbstring(path.c_str())) != FileReplacement::Outcome::kDone) {
+        error = "cannot create '" + path + "'" +
+                (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string());
         return false;
     }
     RawDeflateWriter writer;
-    if (!writer.start(out.get(), level, error) ||
+    if (!writer.start(replacement.Stream(), level, error) ||
         !writer.write(tables.data(), tables.size(), error))
         return false;
-    for (const SourceFile& source : sources)
-        if (!copy_file_into(writer, source, error)) return false;
-    if (!writer.finish(error)) return false;
-    if (std::fclose(out.release()) != 0) {
-        error = "cannot write '" + shown_path + "': " + std::strerror(errno);
-        return false;
+    for (const SourceFile& source : sources) {
+        if (!copy_file_into(writer, source, progress, error)) return false;
+        progress.Add(1, 0);
     }
-    kit_size = writer.bytes_written();
+    if (!writer.finish(error)) return false;
+    kitSize = writer.bytes_written();
     // The installer measures the kit with a 32-bit length.
-    if (kit_size > kLargestKitField) {
-        error = "the compressed kit would be " + std::to_string(kit_size) +
+    if (kitSize > kLargestKitField) {
+        error = "the compressed kit would be " + std::to_string(kitSize) +
                 " bytes; the installer reads at most 4294967295";
         return false;
     }
-    return true;
+    switch (replacement.Commit()) {
+        case FileReplacement::Outcome::kDone:
+            return true;
+        case FileReplacement::Outcome::kCannotWrite:
+            error = std::string("cannot write the kit: ") + std::strerror(errno);
+            return false;
+        case FileReplacement::Outcome::kCannotCreate:
+            break;
+    }
+    error = "cannot create '" + path + "': " + std::strerror(errno);
+    return false;
 }
 
 }  // namespace
 
-bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error) {
+bool run_pack(const PackOptions& options, PackSummary& summary, std::string& error,
+              ProgressLine* progressLine) {
     summary = PackSummary{};
     if (options.level < 0 || options.level > 9) {
         error = "compression level must be 0 to 9";
         return false;
     }
-    std::vector<KitProduct> products;
+    std::vector<config::ProductInfo> products;
     if (!collect_products(options, products, error)) return false;
 
     TreeListing listing;
     if (!list_source_tree(options.source_dir, options.output_path, listing, error)) return false;
 
-    std::vector<KitFileEntry> files(listing.files.size());
+    std::vector<KitFile> files(listing.files.size());
     std::uint64_t data_size = 0;
     for (std::size_t i = 0; i < files.size(); ++i) {
         if (!make_file_entry(listing.files[i], data_size, files[i], error)) return false;
@@ -213,18 +236,11 @@ bool run_pack(const PackOptions& options, PackSummary& summary, std::string& err
         return false;
     }
 
-    const std::string partial_path = options.output_path + ".partial";
     std::uint64_t kit_size = 0;
-    if (!write_kit(partial_path, options.output_path, options.level, tables, listing.files,
-                   kit_size, error)) {
-        std::remove(partial_path.c_str());
+    PackProgress progress{progressLine, {0, files.size(), 0, data_size}};
+    if (!WriteKit(options.output_path, options.level, tables, listing.files, progress, kit_size,
+                  error))
         return false;
-    }
-    if (std::rename(partial_path.c_str(), options.output_path.c_str()) != 0) {
-        error = "cannot create '" + options.output_path + "': " + std::strerror(errno);
-        std::remove(partial_path.c_str());
-        return false;
-    }
 
     summary.layout = layout;
     summary.product_count = products.size();

@@ -4,15 +4,8 @@
 
 namespace kittool {
 
-bool utf8_to_utf16(const std::string& utf8, std::u16string& out, std::size_t& bad_offset) {
-    stdx::u16string decoded;
-    if (!stdx::decode_utf8(utf8.data(), utf8.size(), decoded, &bad_offset)) return false;
-    out.assign(decoded.data(), decoded.size());
-    return true;
-}
-
-std::string utf16_to_utf8(const char16_t* units, std::size_t count) {
-    const stdx::mbstring encoded = stdx::encode_utf8(units, count);
+std::string ToUtf8(const stdx::u16string& text) {
+    const stdx::mbstring encoded = stdx::encode_utf8(text.data(), text.size());
     return std::string(encoded.data(), encoded.size());
 }
 
@@ -31,10 +24,6 @@ std::string escape_control_bytes(const std::string& text) {
         shown.push_back(kHex[byte & 0xF]);
     }
     return shown;
-}
-
-std::string utf16_for_display(const char16_t* units, std::size_t count) {
-    return escape_control_bytes(utf16_to_utf8(units, count));
 }
 
 }  // namespace kittool

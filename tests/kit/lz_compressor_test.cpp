@@ -27,8 +27,9 @@ class LZCompressorTest : public ::testing::Test {
   protected:
     ResultCode Inflate(const Bytes& kitBytes) {
         WriteBytes(scratch.kit(), kitBytes);
-        return LZCompressor().Decompress(Path(scratch.kit()), Path(output));
+        return LZCompressor().Decompress(Path(scratch.kit()), Path(output), &report);
     }
+    StreamReport report;
     ScratchFolder scratch;
     std::string output = scratch.kit("inflated");
 };
@@ -44,6 +45,10 @@ TEST_F(LZCompressorTest, InflatesEveryBlockKindAndIgnoresTrailingBytes) {
                 kitBytes.insert(kitBytes.end(), trailing.begin(), trailing.end());
                 ASSERT_EQ(Inflate(kitBytes), kOk);
                 EXPECT_EQ(ReadBytes(output), Sample(size));
+                EXPECT_EQ(report.end, StreamEnd::kComplete);
+                EXPECT_EQ(report.trailing, trailing.size());
+                EXPECT_EQ(report.consumed + report.trailing, kitBytes.size());
+                EXPECT_EQ(report.inflatedSize, size);
             }
         }
     }
@@ -56,11 +61,16 @@ TEST_F(LZCompressorTest, TruncationGivesAPrefixButDamageGivesDamagedData) {
     for (std::size_t length : {std::size_t{1}, whole.size() / 2}) {
         ASSERT_EQ(Inflate(Bytes(whole.begin(), whole.begin() + length)), kOk);
         const Bytes prefix = ReadBytes(output);
+        EXPECT_EQ(report.end, StreamEnd::kEndsEarly);
+        EXPECT_EQ(report.consumed, length);
+        EXPECT_EQ(report.inflatedSize, prefix.size());
         EXPECT_LT(prefix.size(), 70000u);
         EXPECT_TRUE(std::equal(prefix.begin(), prefix.end(), Sample(70000).begin()));
     }
     EXPECT_EQ(Inflate(ZlibWrapped(Sample(50), 6)), kDamagedData);
-    EXPECT_EQ(Inflate({0x07, 0x00, 0x00}), kDamagedData);  // reserved block type
+    EXPECT_EQ(report.end, StreamEnd::kCorrupt);
+    EXPECT_STREQ(report.damage, "invalid stored block lengths");  // 0x78 reads as a stored block
+    EXPECT_EQ(Inflate({0x07, 0x00, 0x00}), kDamagedData);         // reserved block type
 
     // Damage in the second stored block: the first block's bytes are already written.
     Bytes damaged = Deflate(Sample(100000), 0);

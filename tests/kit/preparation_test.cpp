@@ -114,10 +114,10 @@ TEST_F(PreparationTest, EachOutcomeShowsItsMessageOrLoadsTheKit) {
         EXPECT_EQ(NativePath(session.kitPath), c.kit ? scratch.kit() : "");
         EXPECT_EQ(NativePath(session.targetDir),
                   c.kit ? scratch.root + "/.ord8/Tavri/tavri8/tmplts/" : "");
-        EXPECT_EQ(session.installData.files.size() + scratch.TempFileCount(), ready ? 2u : 0u);
+        EXPECT_EQ(session.installData.files.size(), ready ? 1u : 0u);
+        EXPECT_EQ(scratch.TempFileCount(), 0u);
         EXPECT_EQ(session.installData.handle != kNoHandle, ready);
-        if (ready) FileSystem::CloseFile(session.installData.handle);
-        if (ready) FileSystem::DeleteFile(session.installData.tempPath);
+        session.installData.Close();
     }
 }
 

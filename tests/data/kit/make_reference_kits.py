@@ -33,7 +33,8 @@ def u32(value):
 
 
 def kit_string(text):
-    units = text.encode("utf-16-le")
+    # surrogatepass: a damaged kit may hold a lone surrogate unit.
+    units = text.encode("utf-16-le", "surrogatepass")
     return u32(len(units) // 2) + units
 
 
@@ -134,6 +135,9 @@ def expected_answer(inflated):
             if (not name or "\0" in name or name[0] in "\\/" or
                     (len(name) >= 2 and name[1] == ":") or ".." in segments):
                 raise Refused()
+            # Decoded, a paired surrogate is one character above U+FFFF.
+            if any(0xD800 <= ord(c) <= 0xDFFF or ord(c) > 0xFFFF for c in name):
+                raise Refused()
             if position + offset + size > end:
                 raise Refused()
         return 0, products, files
@@ -219,6 +223,12 @@ def damaged_kits():
             u32(1) + u32(0) + u32(1) +
             file_record("reports\\..\\..\\outside.txt", MARCH_2024, 0, 4) + b"data",
             "file name with \"..\" segments"),
+        "lone-surrogate-name.deflate": (
+            u32(1) + u32(0) + u32(1) + file_record("..\ud800", MARCH_2024, 0, 4) + b"data",
+            "file name \"..\" followed by the lone surrogate U+D800"),
+        "paired-surrogate-name.deflate": (
+            u32(1) + u32(0) + u32(1) + file_record("\U0001F600.txt", MARCH_2024, 0, 4) + b"data",
+            "file name U+1F600 (a surrogate pair) followed by \".txt\""),
         "short-record.deflate": (
             u32(1) + u32(1) + u32(8) + u32(0) + u32(0) + b"\0" * 40,
             "product record length 8, below the 20 its fields need"),

@@ -1,0 +1,45 @@
+// The progress line as a terminal would receive it, driven by a fake clock.
+#include "tools/progress_line.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using kittool::ProgressCounts;
+using kittool::ProgressLine;
+
+constexpr std::uint64_t kMiB = 1024 * 1024;
+
+TEST(ProgressLine, RewritesOneLineAtABoundedRateAndEndsIt) {
+    std::string out;
+    ProgressLine::Clock::time_point now;
+    ProgressLine line([&](const std::string& text) { out += text; }, [&] { return now; });
+    const struct {
+        int ms;
+        ProgressCounts counts;
+        const char* shown;
+    } steps[] = {
+        {0, {0, 2, 0, 10 * kMiB}, "\r0/2 files, 0.0/10.0 MiB, 0%"},
+        {99, {0, 2, kMiB, 10 * kMiB}, ""},  // too soon after the last write
+        {150, {1, 2, 10 * kMiB - 1, 10 * kMiB}, "\r1/2 files, 10.0/10.0 MiB, 99%"},
+        {250, {1, 2, kMiB / 2, 2 * kMiB}, "\r1/2 files, 0.5/2.0 MiB, 25%  "},  // blanks the rest
+        {260, {2, 2, 0, 0}, ""},
+    };
+    for (const auto& step : steps) {
+        now = ProgressLine::Clock::time_point(std::chrono::milliseconds(step.ms));
+        out.clear();
+        line.Update(step.counts);
+        EXPECT_EQ(out, step.shown) << step.ms;
+    }
+    out.clear();
+    line.Finish();  // the latest counts were held back: they come first
+    EXPECT_EQ(out, "\r2/2 files, 0.0/0.0 MiB, 100%\n");
+    out.clear();
+    line.Finish();  // nothing more to end
+    line.Update({0, 0, 0, 0});
+    EXPECT_EQ(out, "\r0/0 files, 0.0/0.0 MiB, 100%");  // a new line, shown at once
+}
+
+}  // namespace
