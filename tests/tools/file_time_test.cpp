@@ -8,15 +8,14 @@ namespace {
 // The conversion itself is checked on every file of the round trip; here its limits.
 TEST(FileTimes, ConvertWithinTheirRangeAndPrintAcrossLeapRules) {
     std::uint64_t time = 0;
-    ASSERT_TRUE(kittool::unix_seconds_to_file_time(-11644473600, time));  // 1601 itself
-    EXPECT_EQ(time, 0u);
     EXPECT_FALSE(kittool::unix_seconds_to_file_time(-11644473601, time));
     EXPECT_FALSE(kittool::unix_seconds_to_file_time(INT64_MAX, time));
 
     const std::pair<std::int64_t, const char*> dates[] = {
-        {0, "1970-01-01T00:00:00Z"},           {951782400, "2000-02-29T00:00:00Z"},
-        {978307199, "2000-12-31T23:59:59Z"},   {4107542400, "2100-03-01T00:00:00Z"},
-        {-8520336000, "1700-01-01T00:00:00Z"}, {1709285400, "2024-03-01T09:30:00Z"},
+        {-11644473600, "1601-01-01T00:00:00Z"}, {0, "1970-01-01T00:00:00Z"},
+        {951782400, "2000-02-29T00:00:00Z"},    {978307199, "2000-12-31T23:59:59Z"},
+        {4107542400, "2100-03-01T00:00:00Z"},   {-8520336000, "1700-01-01T00:00:00Z"},
+        {1709285400, "2024-03-01T09:30:00Z"},
     };
     for (const auto& [seconds, iso] : dates) {
         ASSERT_TRUE(kittool::unix_seconds_to_file_time(seconds, time));
