@@ -19,7 +19,7 @@ std::string Pack(const kittool::PackOptions& options, kittool::PackSummary& summ
     return kittool::run_pack(options, summary, error) ? std::string() : error;
 }
 
-TEST(RoundTrip, ReaderSeesEveryProductFileAndByteInSortedOrder) {
+TEST(Pack, ReaderSeesEveryProductFileAndByteInSortedOrderAndRepacksTheSame) {
     std::string noise;  // every byte value, across several inflation buffers
     for (std::uint32_t i = 0, state = 1; i < 200000; ++i)
         noise.push_back(static_cast<char>((state = state * 1103515245u + 12345u) >> 16));
@@ -47,11 +47,14 @@ TEST(RoundTrip, ReaderSeesEveryProductFileAndByteInSortedOrder) {
                 "product\tru\t\xD0\xA8\xD0\xB0\xD0\xB1\xD0\xBB\xD0\xBE\xD0\xBD\xD1\x8B\t\t");
     // --product splits at the first three colons only.
     kittool::PackOptions options{dir / "src",
-                                 dir / "ord8.dkz",
+                                 dir / "src/ord8.dkz",
                                  {dir / "manifest.txt"},
                                  {"de:Vorlagen:Beispiel:notes:v2.txt"}};
     kittool::PackSummary summary;
     ASSERT_EQ(Pack(options, summary), "");
+    const std::string first = ReadText(options.output_path);
+    ASSERT_EQ(Pack(options, summary), "");  // the kit now lies in src, yet is not packed
+    EXPECT_EQ(ReadText(options.output_path), first) << "the same tree gave other bytes";
     EXPECT_EQ(summary.warnings, std::vector<std::string>{});
 
     const kittool::LoadedKit kit = kittool::LoadKit(options.output_path);
@@ -78,72 +81,50 @@ TEST(RoundTrip, ReaderSeesEveryProductFileAndByteInSortedOrder) {
     }
 }
 
-TEST(Pack, SameTreeGivesSameBytesAndNeverPacksItsOwnOutput) {
-    ScratchDirectory dir;
-    WriteFileAt(dir / "src/docs/a.html", "a");
-    const kittool::PackOptions options{
-        dir / "src", dir / "src/ord8.dkz", {}, {"de:N:V:docs/a.html"}};
-    kittool::PackSummary summary;
-    ASSERT_EQ(Pack(options, summary), "");
-    const std::string first = ReadText(options.output_path);
-    ASSERT_EQ(Pack(options, summary), "");  // the kit now lies in src
-    EXPECT_EQ(ReadText(options.output_path), first);
-    EXPECT_EQ(summary.layout, 1u);  // one product, but not English
-    EXPECT_EQ(summary.warnings,
-              std::vector<std::string>{"no 'en' product: the installer falls "
-                                       "back to 'en' for languages the kit lacks"});
-}
-
 // Every refusal must leave an earlier kit as it was, and nothing beside it.
-class PackRefusal : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        WriteFileAt(dir / "src/good.txt", "good");
-        WriteFileAt(dir / "ord8.dkz", "earlier kit");
-    }
-    void ExpectRefused(const std::string& fragment, std::vector<std::string> products = {},
-                       const std::string& output = "ord8.dkz") {
-        kittool::PackSummary summary;
-        const std::string error = Pack({dir / "src", dir / output, {}, products}, summary);
-        EXPECT_NE(error, "");
-        EXPECT_NE(error.find(fragment), std::string::npos) << error;
-        EXPECT_EQ(ReadText(dir / "ord8.dkz"), "earlier kit");
-        EXPECT_EQ(EntriesOf(dir.path()), (Names{"ord8.dkz", "src"}));
-    }
+TEST(Pack, WritesBesideTheKitAndRefusalsLeaveTheEarlierOneAlone) {
     ScratchDirectory dir;
-};
-
-TEST_F(PackRefusal, TextNamesSizesAndWriteFailures) {
-    ExpectRefused("product 'en': name is not valid UTF-8 (byte 3)", {"en:Caf\xE9:V:"});
-    ExpectRefused("more than one product", {"en:A:B:", "EN:C:D:"});
-    WriteFileAt(dir / "src/C:drive.txt", "x");
-    ExpectRefused("'C:drive.txt': the installer refuses this name (it could leave");
-    std::filesystem::remove(dir / "src/C:drive.txt");
-    WriteFileAt(dir / "src/\xF0\x9F\x98\x80.txt", "x");  // U+1F600 takes two surrogates
-    ExpectRefused("the installer refuses this name (it holds a character beyond U+FFFF)");
-    std::filesystem::remove(dir / "src/\xF0\x9F\x98\x80.txt");
-
-    // Sparse files: sizes are refused before a byte of them is read.
-    const std::string huge = dir / "src/huge.bin";
-    WriteFileAt(huge, "");
-    ASSERT_EQ(truncate(huge.c_str(), 0x100000000LL), 0);
-    ExpectRefused("a kit holds files of at most 4294967295 bytes");
-    ASSERT_EQ(truncate(huge.c_str(), 0xFFFFFFF0LL), 0);
-    ExpectRefused("the unpacked kit would be");
-    std::filesystem::remove(huge);
-
-    ExpectRefused("cannot create '" + (dir / "no-such-folder/ord8.dkz") + "'", {},
-                  "no-such-folder/ord8.dkz");
-    const FileSizeLimit fullDisk(10);  // a write that fails midway
-    ExpectRefused("cannot write the kit");
-}
-
-TEST_F(PackRefusal, LinkPlantedAtTheOldPartialNameIsNotFollowed) {
+    WriteFileAt(dir / "src/good.txt", "good");
+    // A link planted at a predictable temporary name must not be followed.
     ASSERT_EQ(symlink((dir / "victim").c_str(), (dir / "ord8.dkz.partial").c_str()), 0);
     kittool::PackSummary summary;
     ASSERT_EQ(Pack({dir / "src", dir / "ord8.dkz", {}, {}}, summary), "");
-    EXPECT_TRUE(S_ISLNK(StatOf(dir / "ord8.dkz.partial").st_mode));
     EXPECT_EQ(EntriesOf(dir.path()), (Names{"ord8.dkz", "ord8.dkz.partial", "src"}));
+    std::filesystem::remove(dir / "ord8.dkz.partial");
+    WriteFileAt(dir / "ord8.dkz", "earlier kit");
+    const auto expectRefused = [&](const std::vector<std::string>& products,
+                                   const std::string& output, const std::string& fragment) {
+        const std::string error = Pack({dir / "src", dir / output, {}, products}, summary);
+        EXPECT_TRUE(!error.empty() && error.find(fragment) != std::string::npos) << error;
+        EXPECT_EQ(ReadText(dir / "ord8.dkz"), "earlier kit");
+        EXPECT_EQ(EntriesOf(dir.path()), (Names{"ord8.dkz", "src"}));
+    };
+    const struct {
+        std::string planted;  // a file in src for this row only; sparse, so never read
+        off_t size;
+        std::vector<std::string> products;
+        std::string fragment;
+    } cases[] = {
+        {"x", 0, {"en:Caf\xE9:V:"}, "product 'en': name is not valid UTF-8 (byte 3)"},
+        {"x", 0, {"en:A:B:", "EN:C:D:"}, "language 'EN' has more than one product record"},
+        {"caf\xE9.txt", 0, {}, "file 'caf\xE9.txt': name is not valid UTF-8 (byte 3)"},
+        {"C:drive.txt", 0, {}, "'C:drive.txt': the installer refuses this name (it could leave"},
+        // U+1F600 takes two surrogates.
+        {"\xF0\x9F\x98\x80.txt", 0, {}, "refuses this name (it holds a character beyond U+FFFF)"},
+        {"huge.bin", 0x100000000LL, {}, "a kit holds files of at most 4294967295 bytes"},
+        {"huge.bin", 0xFFFFFFF0LL, {}, "the unpacked kit would be"},
+    };
+    for (const auto& [planted, size, products, fragment] : cases) {
+        const std::string path = dir / ("src/" + planted);
+        WriteFileAt(path, "");
+        ASSERT_EQ(truncate(path.c_str(), size), 0);
+        expectRefused(products, "ord8.dkz", fragment);
+        std::filesystem::remove(path);
+    }
+    expectRefused({}, "no-such-folder/ord8.dkz",
+                  "cannot create '" + (dir / "no-such-folder/ord8.dkz") + "'");
+    const FileSizeLimit fullDisk(10);  // a write that fails midway
+    expectRefused({}, "ord8.dkz", "cannot write the kit");
 }
 
 }  // namespace
