@@ -107,8 +107,8 @@ TEST(CommandLine, AnswersWithItsStatusOutputAndOneLineMessages) {
         {{"verify", dir / "beyond-4GiB"},
          1,
          "",
-         "beyond-4GiB: file record 1 at byte 12: data range outside the kit (starts at byte "
-         "4294967326, 5 bytes long, the kit is 60 bytes); the installer's reader answers 13"},
+         "file record 1 at byte 12: data range outside the kit (starts at byte 4294967326, 5 "
+         "bytes long, the kit is 60 bytes); the installer's reader answers 13 (damaged data)"},
         {{"verify", ref("absent")}, 1, "", "cannot load the kit; the installer's reader answers 2"},
     };
     for (const auto& [args, status, out, err] : cases) {
