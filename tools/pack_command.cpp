@@ -1,5 +1,9 @@
 #include "tools/pack_command.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -131,7 +135,16 @@ struct PackProgress {
 
 bool copy_file_into(RawDeflateWriter& writer, const SourceFile& source, PackProgress& progress,
                     std::string& error) {
-    FilePtr in(std::fopen(source.full_path.c_str(), "rb"));
+    // The listing saw a regular file; a link swapped in since then is not followed.
+    const int fd = open(source.full_path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status {};
+    if (fd >= 0 && (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))) {
+        close(fd);
+        error = "'" + source.full_path + "' is no longer a regular file";
+        return false;
+    }
+    FilePtr in(fd >= 0 ? fdopen(fd, "rb") : nullptr);
+    if (fd >= 0 && !in) close(fd);
     if (!in) {
         error = "cannot read '" + source.full_path + "': " + std::strerror(errno);
         return false;

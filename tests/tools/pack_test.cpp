@@ -123,8 +123,15 @@ TEST(Pack, WritesBesideTheKitAndRefusalsLeaveTheEarlierOneAlone) {
     }
     expectRefused({}, "no-such-folder/ord8.dkz",
                   "cannot create '" + (dir / "no-such-folder/ord8.dkz") + "'");
-    const FileSizeLimit fullDisk(10);  // a write that fails midway
-    expectRefused({}, "ord8.dkz", "cannot write the kit");
+    // A disk that fills while a file is copied, then one that fills at the final flush.
+    std::string noise(512 * 1024, '\0');
+    for (std::size_t i = 0, x = 1; i < noise.size(); ++i, x = x * 1103515245 + 12345)
+        noise[i] = static_cast<char>(x >> 16);
+    WriteFileAt(dir / "src/noise.bin", noise);
+    for (const rlim_t limit : {rlim_t{64 * 1024}, rlim_t{10}}) {
+        const FileSizeLimit fullDisk(limit);
+        expectRefused({}, "ord8.dkz", "cannot write the kit");
+    }
 }
 
 }  // namespace
