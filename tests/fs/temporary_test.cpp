@@ -32,12 +32,11 @@ TEST(TemporaryFolder, FromTmpdirWithDistinctNewFilesItsFreeSpaceAndLowBitsOfSize
         const std::string directory[] = {scratch / "tmp", folder, ""};
         stdx::u16string made;
         ASSERT_EQ(kOk, FileSystem::CreateTempFile(U16(directory[i % 3]), U16(kHostile), made));
-        const std::string name = Utf8(made);
-        EXPECT_EQ(folder + kHostile, name.substr(0, name.size() - 6));
-        names.insert(name.substr(folder.size()));
+        names.insert(Utf8(made).substr(folder.size()));  // a doubled slash would stay
     }
     EXPECT_EQ(300u, names.size());
     EXPECT_EQ(names, EntriesOf(folder));
+    for (const std::string& name : names) EXPECT_EQ(kHostile, name.substr(0, name.size() - 6));
     // The name is still reported when the file cannot be made.
     stdx::u16string name;
     EXPECT_EQ(kCannotWrite, FileSystem::CreateTempFile(U16(scratch / "no"), u"edf", name));
@@ -56,6 +55,5 @@ TEST(TemporaryFolder, FromTmpdirWithDistinctNewFilesItsFreeSpaceAndLowBitsOfSize
     EXPECT_EQ(kOk, FileSystem::GetFreeSpace(&size));
     struct statvfs volume {};
     ASSERT_EQ(0, statvfs(folder.c_str(), &volume));
-    const double actual = static_cast<double>(volume.f_bfree) * volume.f_frsize;
-    EXPECT_NEAR(std::min(actual, 4294967295.0), size, 64 << 20);
+    EXPECT_NEAR(std::min(1.0 * volume.f_bfree * volume.f_frsize, 4294967295.0), size, 64 << 20);
 }
