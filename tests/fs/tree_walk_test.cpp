@@ -16,7 +16,7 @@ struct MovedAway : fsdetail::TreeVisitor {
     int VisitEntry(int, const char*, const struct stat&) override { return 0; }
     int EnterDirectory(const char* name, const struct stat&) override {
         if (std::string(name) != "b") return 0;
-        return std::rename((scratch / "tree/a/b").c_str(), (scratch / "elsewhere/b").c_str());
+        return std::rename((scratch / "tree/a/b").c_str(), (scratch / "b").c_str());
     }
     int LeaveDirectory(int, const char* name, const struct stat&) override {
         ADD_FAILURE() << "left " << name;
@@ -31,7 +31,6 @@ struct MovedAway : fsdetail::TreeVisitor {
 TEST(TreeWalk, EndsWhenADirectoryIsMovedOutFromUnderIt) {
     MovedAway visitor;
     WriteText(visitor.scratch / "tree/a/b/file", "");
-    std::filesystem::create_directory(visitor.scratch / "elsewhere");
     EXPECT_EQ(ESTALE, fsdetail::WalkTree(AT_FDCWD, (visitor.scratch / "tree").c_str(), visitor,
                                          fsdetail::OnFailure::kContinue));
 }
