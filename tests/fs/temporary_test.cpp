@@ -8,8 +8,8 @@
 TEST(TemporaryFolder, FromTmpdirWithDistinctNewFilesItsFreeSpaceAndLowBitsOfSizes) {
     ScratchDirectory scratch;
     const std::string folder = scratch / "tmp/", emoji = scratch / "\xF0\x9F\x98\x80";
-    for (const auto& made : {folder, emoji, scratch / "\xFF"})
-        std::filesystem::create_directory(made);
+    for (const auto& created : {folder, emoji, scratch / "\xFF"})
+        std::filesystem::create_directory(created);
     // clang-format off
     const std::pair<std::string, std::string> cases[] = {
         {"/dev/null", "/var/tmp/"}, {"/tmp", "/tmp/"}, {folder, folder},
