@@ -9,18 +9,17 @@
 
 namespace {
 
-// Moves directory b out of the tree as the walk enters it, and notes every directory
-// the walk leaves: each would be removed by a removal.
+// Moves directory b out of the tree as the walk enters it. Leaving any directory
+// afterwards would be wrong: a removal would remove it.
 struct MovedAway : fsdetail::TreeVisitor {
     ScratchDirectory scratch;
-    Names left;
     int VisitEntry(int, const char*, const struct stat&) override { return 0; }
     int EnterDirectory(const char* name, const struct stat&) override {
         if (std::string(name) != "b") return 0;
-        return std::rename((scratch / "tree/a/b").c_str(), (scratch / "elsewhere/b").c_str());
+        return std::rename((scratch / "tree/a/b").c_str(), (scratch / "b").c_str());
     }
     int LeaveDirectory(int, const char* name, const struct stat&) override {
-        left.insert(name);
+        ADD_FAILURE() << "left " << name;
         return 0;
     }
 };
@@ -32,8 +31,6 @@ struct MovedAway : fsdetail::TreeVisitor {
 TEST(TreeWalk, EndsWhenADirectoryIsMovedOutFromUnderIt) {
     MovedAway visitor;
     WriteText(visitor.scratch / "tree/a/b/file", "");
-    std::filesystem::create_directory(visitor.scratch / "elsewhere");
     EXPECT_EQ(ESTALE, fsdetail::WalkTree(AT_FDCWD, (visitor.scratch / "tree").c_str(), visitor,
                                          fsdetail::OnFailure::kContinue));
-    EXPECT_TRUE(visitor.left.empty());
 }
