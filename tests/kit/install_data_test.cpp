@@ -24,6 +24,9 @@ std::string OneProduct(const KitWriter& body, std::uint32_t statedLength = 0) {
 std::string OneFile(const KitWriter& body, std::uint32_t statedLength = 0) {
     return KitWriter().U32(1).U32(0).U32(1).Record(body, statedLength).Raw("x").bytes;
 }
+std::string TwoFiles(const KitWriter& first, const KitWriter& second) {
+    return KitWriter().U32(1).U32(0).U32(2).Record(first).Record(second).Raw("x").bytes;
+}
 
 class InstallDataTest : public ::testing::Test {
   protected:
@@ -110,8 +113,6 @@ TEST_F(InstallDataTest, EachBrokenRuleIsRefusedWithItsReasonWhereItBroke) {
                *pastRecord = "string runs past its record", *range = "data range outside the kit";
     const KitWriter noStrings = KitWriter().U32(0).U32(0).U32(0).U32(0);
     const KitWriter nameOf9 = KitWriter().U32(9).U32(0).U32(0).U32(0).U32(0);
-    KitWriter longThenShort = KitWriter().U32(1).U32(0).U32(2);
-    longThenShort.Record(FileBody(u"a", 0, 0).Raw(std::string(99, 'p'))).Record(nameOf9);
     const struct {
         const char* what;
         std::string inflated;
@@ -133,11 +134,13 @@ TEST_F(InstallDataTest, EachBrokenRuleIsRefusedWithItsReasonWhereItBroke) {
          count, 8},
         {"file length below its fixed fields", OneFile(FileBody(u"a", 0, 1), 23), below, 12},
         {"file name past its record", OneFile(nameOf9), pastRecord, 16},
-        {"file name past a short record after a long one", longThenShort.Raw("z").bytes, pastRecord,
-         141},
+        {"file name past a short record after a long one",
+         TwoFiles(FileBody(u"a", 0, 0).Raw(std::string(99, 'p')), nameOf9), pastRecord, 141},
         {"file fields past its record", OneFile(FileBody(u"a", 0, 1), 25),
          "field runs past its record", 34},
         {"file data beyond the kit", OneFile(FileBody(u"a", 0, 2)), range, 12},
+        {"second file's data beyond the kit", TwoFiles(FileBody(u"a", 0, 1), FileBody(u"b", 5, 1)),
+         range, 38},
         {"empty file starting beyond the kit", OneFile(FileBody(u"a", 2, 0)), range, 12},
         {"size wrapping the range", OneFile(FileBody(u"a", 1, 0xFFFFFFFF)), range, 12},
         {"offset wrapping once absolute", OneFile(FileBody(u"a", 0xFFFFFFF0, 0)), range, 12},
