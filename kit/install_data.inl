@@ -119,6 +119,7 @@ void InstallData<Compressor, FileSystemPolicy>::ReadTables() {
         }
         file.offset = static_cast<std::uint32_t>(start);
     }
+    cursor.Settle();  // the worker reads the data from here on
 }
 
 template <class Compressor, class FileSystemPolicy>
@@ -136,6 +137,7 @@ ResultCode InstallData<Compressor, FileSystemPolicy>::ReadProductInfo(
     return kitreader::Guarded([&] {
         auto cursor = kitreader::Cursor<FileSystemPolicy>::AtCurrentPosition(file);
         product = kitreader::ReadProductRecord(cursor);
+        cursor.Settle();
     });
 }
 
@@ -145,6 +147,7 @@ ResultCode InstallData<Compressor, FileSystemPolicy>::ReadFileData(
     return kitreader::Guarded([&] {
         auto cursor = kitreader::Cursor<FileSystemPolicy>::AtCurrentPosition(file);
         data = kitreader::ReadFileRecord(cursor);
+        cursor.Settle();
     });
 }
 

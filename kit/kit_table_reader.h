@@ -9,8 +9,10 @@
 // Threads: a Cursor moves the position of its handle; one thread per handle.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <utility>
 #include <vector>
@@ -129,7 +131,8 @@ class RecordFields {
 };
 
 // Reads the inflated kit at the position of an open handle, keeping its own count of
-// the position so that remaining() needs no system call.
+// the position so that remaining() needs no system call, and reading ahead so that
+// small records cost no system call each.
 template <class FileSystemPolicy>
 class Cursor {
   public:
@@ -166,17 +169,35 @@ class Cursor {
         return count;
     }
 
+    // Reads through a read-ahead buffer: a kit of 10,000 files would otherwise cost two
+    // system calls per record. The handle runs ahead of position() until Settle.
     void Read(void* destination, std::uint32_t count) {
         if (count > remaining()) Refuse(kKitEndsInsideField, position_, place_);
-        std::uint32_t read = 0;
-        if (FileSystemPolicy::ReadFile(handle_, destination, count, &read, nullptr) != kOk) {
-            const ResultCode code = FileSystemPolicy::GetLastError();
-            if (code == kOk) Refuse("kit cannot be read", position_, place_);
-            throw Failure{code, LoadRefusal{}};
+        auto* out = static_cast<unsigned char*>(destination);
+        for (std::uint32_t done = 0; done < count;) {
+            if (aheadNext_ == aheadEnd_) {
+                const std::uint64_t handleAt = position_ + done;
+                if (count - done >= kReadAhead) {  // too big to be worth buffering
+                    if (ReadFromHandle(out + done, count - done) != count - done)
+                        Refuse(kKitEndsInsideField, position_, place_);  // the file ended early
+                    break;
+                }
+                if (ahead_.empty()) ahead_.resize(kReadAhead);
+                const std::uint64_t want = std::min<std::uint64_t>(kReadAhead, size_ - handleAt);
+                aheadNext_ = 0;
+                aheadEnd_ = ReadFromHandle(ahead_.data(), static_cast<std::uint32_t>(want));
+                if (aheadEnd_ == 0) Refuse(kKitEndsInsideField, position_, place_);
+            }
+            const std::size_t take = std::min<std::size_t>(count - done, aheadEnd_ - aheadNext_);
+            std::memcpy(out + done, ahead_.data() + aheadNext_, take);
+            aheadNext_ += take;
+            done += static_cast<std::uint32_t>(take);
         }
-        if (read != count) Refuse(kKitEndsInsideField, position_, place_);  // the file ended early
         position_ += count;
     }
+
+    // Puts the handle at position(), after the last byte read.
+    void Settle() { MoveTo(position_); }
 
     std::uint32_t ReadU32() {
         unsigned char bytes[kitformat::kU32Size];
@@ -214,16 +235,34 @@ class Cursor {
     std::uint64_t RecordStart(std::uint64_t firstRecord, std::uint32_t record) {
         std::uint64_t start = firstRecord;
         for (std::uint32_t i = 1; i < record; ++i) {
-            Rewind(handle_, start);
-            position_ = start;
+            MoveTo(start);
             start += ReadU32();
         }
         return start;
     }
 
   private:
+    static constexpr std::uint32_t kReadAhead = 64 * 1024;
+
     Cursor(FileHandle handle, std::uint64_t position, std::uint64_t size)
         : handle_(handle), position_(position), size_(size) {}
+
+    void MoveTo(std::uint64_t position) {
+        Rewind(handle_, position);
+        position_ = position;
+        aheadNext_ = aheadEnd_ = 0;
+    }
+
+    // Up to `count` bytes at the handle's position; fewer only at the end of the file.
+    std::uint32_t ReadFromHandle(void* destination, std::uint32_t count) {
+        std::uint32_t read = 0;
+        if (FileSystemPolicy::ReadFile(handle_, destination, count, &read, nullptr) != kOk) {
+            const ResultCode code = FileSystemPolicy::GetLastError();
+            if (code == kOk) Refuse("kit cannot be read", position_, place_);
+            throw Failure{code, LoadRefusal{}};
+        }
+        return read;
+    }
 
     // Moves by 0 from `method` and answers the 64-bit position.
     static std::uint64_t Seek(FileHandle handle, std::uint32_t method) {
@@ -261,6 +300,9 @@ class Cursor {
     Place place_;
     std::vector<unsigned char> buffer_;
     std::vector<char16_t> units_;
+    std::vector<unsigned char> ahead_;  // allocated on the first read
+    std::size_t aheadNext_ = 0;
+    std::size_t aheadEnd_ = 0;
 };
 
 }  // namespace kitreader

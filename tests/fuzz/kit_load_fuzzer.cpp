@@ -81,6 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(std::filesystem::is_empty(tempFolder), "an inflated kit was left behind");
     if (code != kOk) {
         Require(code == kDamagedData, "a damaged kit gave a code other than 13");
+        Require(kit.lastRefusal.reason != nullptr, "a refusal without its reason");
         Require(kit.files.empty() && kit.handle == kNoHandle,
                 "tables or handle left after failure");
         return 0;
