@@ -69,8 +69,7 @@ inline void append_u64le(std::vector<unsigned char>& out, std::uint64_t v) {
 bool is_safe_file_name(const char16_t* units, std::size_t count);
 
 // Why a file name may not be installed, as one of the two reasons below (inline: one
-// address in the whole program), or null when
-// is_safe_file_name holds.
+// address in the whole program), or null when is_safe_file_name holds.
 inline constexpr char kUnsafeFileName[] = "unsafe file name";
 inline constexpr char kSurrogateInFileName[] = "file name holds a surrogate";
 const char* FileNameRefusal(const char16_t* units, std::size_t count);
