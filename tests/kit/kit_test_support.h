@@ -59,9 +59,8 @@ inline std::string Deflate(const std::string& inflated, int level = 6, int flush
     stream.next_out = reinterpret_cast<Bytef*>(out.data());
     stream.avail_out = uInt(out.size());
     deflate(&stream, flush);
-    out.resize(stream.total_out);
     deflateEnd(&stream);
-    return out;
+    return out.substr(0, stream.total_out);
 }
 
 inline std::size_t OpenDescriptors() { return EntriesOf("/dev/fd").size(); }
