@@ -8,17 +8,20 @@
 // can be rolled back at the next start (install/recovery.h). While a pass runs it holds
 // an exclusive lock tied to the templates directory: two passes never interleave.
 //
+// The pass calls, per file: BackupFile (only 0 and 2 let it go on), CreateDirectoryTree
+// for the file's folder, AddCreatedFile, then writes the file.
+//
 // Threads: one transaction belongs to the thread that runs its pass.
 #pragma once
 
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "fs/result_codes.h"
 #include "text/string.h"
 
 class InstallProcessData;
-class PassJournal;
 
 struct TransactionRecord {
     stdx::u16string targetDirectory;  // as given to Begin, ending in "/"
@@ -26,6 +29,9 @@ struct TransactionRecord {
     // Directories the pass made that did not exist before it, outermost first.
     std::vector<stdx::u16string> createdDirectories;
     std::vector<stdx::u16string> createdFiles;  // files to remove on rollback
+    // Paths whose originals were moved (or were about to be moved) into the backup
+    // folder. Such a path is never removed on rollback: its original comes back over it.
+    std::vector<stdx::u16string> backedUpFiles;
 };
 
 class InstallTransaction {
@@ -37,11 +43,13 @@ class InstallTransaction {
     InstallTransaction(const InstallTransaction&) = delete;
     InstallTransaction& operator=(const InstallTransaction&) = delete;
 
-    // Starts a record for `targetDirectory`: creates it (recording only the directories
-    // that did not exist), takes the lock tied to it (32 when another pass holds it past
-    // a short wait), opens the journal, and makes a new backup folder "o8stp<n>" (first
-    // free n, mode 0700, made exclusively) under the temporary directory. The backup
-    // folder is not recorded as created. An empty target: 0 and no backup folder.
+    // Starts a record for `targetDirectory` (an absolute path without "." or ".."
+    // components, else 87): opens the journal, creates the directory (recording only the
+    // directories that did not exist), takes the lock tied to it (32 when another pass
+    // holds it past a short wait) and makes a new backup folder "o8stp<n>" (first free
+    // n, mode 0700, made exclusively) under the temporary directory. The backup folder
+    // is not recorded as created. Any failure undoes all of that before returning. An
+    // empty target: 0 and no backup folder. 87 while an earlier record is still open.
     ResultCode Begin(const stdx::u16string& targetDirectory);
     // Creates `path` and its missing parents; records each one it actually created.
     // 0, or 3 when the chain cannot be made.
@@ -49,13 +57,17 @@ class InstallTransaction {
     // The same inside the backup folder, recording nothing.
     ResultCode CreateBackupDirectory(const stdx::u16string& path);
     // Moves the file at `path` (inside the target) to the same relative place in the
-    // backup folder. 2 when nothing is at `path` (checked before the move): harmless.
-    // 87 when `path` is a directory or anything but a regular file or a link to one;
-    // any failure to move an existing file aside is returned as a code, so an original
-    // is never overwritten without its backup.
+    // backup folder. 2 when nothing is at `path` (checked before the move), or when the
+    // file there is one this pass already wrote: harmless either way. 87 when `path` is
+    // a directory or anything but a regular file or a link to one, lies outside the
+    // target, or cannot be moved aside; an original is never overwritten without its
+    // backup. Never 3.
     ResultCode BackupFile(const stdx::u16string& path);
-    // Notes a file the pass is about to create, to be removed on rollback.
-    void AddCreatedFile(const stdx::u16string& path);
+    // Notes a file the pass is about to create, to be removed on rollback. 0 (also when
+    // it is already noted or was backed up), 183 when something the pass did not make is
+    // at `path` (not noted: a rollback must not remove it), 87 outside the target or
+    // without an open record, 1013 when the journal cannot take it.
+    ResultCode AddCreatedFile(const stdx::u16string& path);
     // Removes `directory` and everything below it. Always 0.
     ResultCode DeleteTree(const stdx::u16string& directory);
     // Journals the commit, then deletes the backup folder, then removes the journal.
@@ -75,7 +87,10 @@ class InstallTransaction {
     InstallProcessData* processData;
 
   private:
+    // Closes the record.
+    void EndPass(bool removeJournal);
+
     stdx::u16string journalFolder_;
-    std::unique_ptr<PassJournal> journal_;
-    int targetLock_ = -1;  // descriptor holding the lock tied to the templates directory
+    bool open_ = false;  // the last record was begun and is neither committed nor rolled back
+    std::set<stdx::u16string> passFiles_;  // paths the open record backed up or created
 };
