@@ -141,6 +141,8 @@ ResultCode InstallFiles(InstallTransaction& transaction, InstallProcessData* pro
         processData->SetStatus(kInvalidParameter, LoadString("IDS_INSTALL_ERROR"), 0);
         return kInvalidParameter;
     }
+    // Cancelled before it began: nothing to undo, only the answer to give.
+    if (processData->IsCancelled()) return CancelPass(transaction, processData);
     ResultCode code = transaction.Begin(targetDirectory);
     if (code != kOk) return ReportInstallError(transaction, code, 0);
 
@@ -171,7 +173,9 @@ ResultCode InstallFiles(InstallTransaction& transaction, InstallProcessData* pro
             return ReportInstallError(transaction, code, progress);
         code = transaction.CreateDirectoryTree(ParentOf(path));
         if (code != kOk) return ReportInstallError(transaction, code, progress);
-        transaction.AddCreatedFile(path);  // only now: the original, if any, is in the backup
+        // Only now: a rollback removes what is noted, and the original is in the backup.
+        code = transaction.AddCreatedFile(path);
+        if (code != kOk) return ReportInstallError(transaction, code, progress);
         code = WriteFileData(*kit, i, path, processData);
         if (code == kCancelled) return CancelPass(transaction, processData);
         if (code != kOk) return ReportInstallError(transaction, code, progress);

@@ -24,8 +24,9 @@ class InstallTransaction;
 // One pass over the job in `processData`, inside `transaction` (fresh, made for this
 // pass). Publishes (0, path, i*100/n) before file i of n, and after the commit
 // (0, IDS_INSTALL_FINISH, 100). A failure publishes (code, IDS_INSTALL_ERROR, percentage
-// reached) and rolls back; a cancel, seen before every file and every 8 MiB inside one,
-// rolls back and then publishes (1223, last text, last percentage). Returns that code.
+// reached) and rolls back; a cancel, seen before the pass begins, before every file and
+// every 8 MiB inside one, rolls back and then publishes (1223, last text, last
+// percentage). Returns that code.
 // Codes: those of Begin, BackupFile and CreateDirectoryTree, of the file's writing, 1013
 // when the volume lacks room, 87 without a kit, 1223.
 ResultCode InstallFiles(InstallTransaction& transaction, InstallProcessData* processData);

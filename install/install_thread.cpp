@@ -25,8 +25,9 @@ void* InstallThreadMain(void* argument) {
     InstallThread& installThread = *static_cast<InstallThread*>(argument);
     // Only a successful pass repeats: after a failure or a cancel the user has been told
     // that nothing changed, and that must stay true.
-    while (!installThread.stopRequested.load()) {
-        if (RunInstallation(installThread.processData) != kOk) break;
+    // A stop before the first pass is the pass's cancel: it answers with 1223 like any
+    // other, so whoever waits for the end learns it.
+    while (RunInstallation(installThread.processData) == kOk) {
         if (PauseUntilStopped(installThread)) break;
     }
     return nullptr;

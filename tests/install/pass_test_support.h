@@ -3,6 +3,7 @@
 // loaded, and the shared record holding the job that installs it into the templates.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -16,7 +17,7 @@
 
 #include "app/string_catalogue.h"
 #include "install/install_process_data.h"
-#include "tests/install/tree_snapshot.h"
+#include "tests/install/transaction_test_support.h"
 #include "tests/kit/kit_test_support.h"
 
 namespace installtest {
@@ -54,6 +55,42 @@ inline std::ostream& operator<<(std::ostream& out, const Status& s) {
     return out << "(" << s.code << ", \"" << s.text << "\", " << s.progress << ")";
 }
 
+// "" when both trees are equal; otherwise a line for each path that differs.
+inline std::string Differences(const Tree& before, const Tree& after) {
+    const auto describe = [](const Tree& tree, const std::string& path) {
+        const auto found = tree.find(path);
+        if (found == tree.end()) return std::string("missing");
+        const TreeEntry& e = found->second;
+        return "mode " + std::to_string(e.mode) + " time " + std::to_string(e.modified) + ", " +
+               std::to_string(e.bytes.size()) + " bytes";
+    };
+    Tree all = before;
+    all.insert(after.begin(), after.end());
+    std::string differences;
+    for (const auto& [path, ignored] : all)
+        if (!before.count(path) || !after.count(path) || !(before.at(path) == after.at(path)))
+            differences +=
+                path + ": " + describe(before, path) + " -> " + describe(after, path) + "\n";
+    return differences;
+}
+
+using Expectations = std::vector<std::pair<std::string, std::string>>;  // path -> bytes
+
+// Every path in `expected` holds its bytes with the kit's time; every other path that
+// was there `before` is as it was; anything new is a directory made on the way.
+inline void ExpectInstalled(const Tree& before, const Tree& after, const Expectations& expected) {
+    for (const auto& [path, entry] : before) EXPECT_TRUE(after.count(path)) << path << " vanished";
+    Tree rest = after;
+    for (const auto& [path, bytes] : expected) {
+        const TreeEntry entry = rest.count(path) ? rest[path] : TreeEntry{"", 0, 0};
+        EXPECT_TRUE(S_ISREG(entry.mode) && entry.bytes == bytes && entry.modified == kKitSeconds)
+            << path << " holds " << entry.bytes.size() << " bytes of time " << entry.modified;
+        rest.erase(path);
+    }
+    for (const auto& [path, entry] : rest)
+        EXPECT_TRUE(before.count(path) ? before.at(path) == entry : S_ISDIR(entry.mode)) << path;
+}
+
 inline Status Finished() { return {kOk, Utf8(LoadString("IDS_INSTALL_FINISH")), 100}; }
 inline Status Failed(ResultCode code, std::int32_t progress) {
     return {code, Utf8(LoadString("IDS_INSTALL_ERROR")), progress};
@@ -69,7 +106,12 @@ class PassFixture : public ::testing::Test {
 
     // Loads a kit of `files` (all with kKitTime) and sets the job to install it.
     void LoadKit(const KitFiles& files) {
-        WriteText(scratch.kit, kittest::Deflate(kittest::BuildKit({u"en"}, files, kKitTime), 1));
+        LoadInflated(kittest::BuildKit({u"en"}, files, kKitTime));
+    }
+    void LoadInflated(const std::string& inflated) {
+        kit.Close();
+        kit.products.clear();  // a second Load would add to them
+        WriteText(scratch.kit, kittest::Deflate(inflated, 1));
         ASSERT_EQ(kOk, kit.Load(U16(scratch.kit)));
         data.SetJob(&kit, U16(templates), U16(journal));
     }
