@@ -6,9 +6,14 @@
 #include <cerrno>
 
 #include "fs/file_system.h"
+#include "install/directory_lock.h"
+#include "install/pass_journal.h"
 #include "install/pass_undo.h"
 
 namespace {
+
+// Long enough for a pass that is ending to let go; short enough to answer the user.
+constexpr std::chrono::milliseconds kLockWait(2000);
 
 // Far more than any temporary directory holds; only ends a hopeless search.
 constexpr int kMaxBackupNumber = 1000000;
@@ -20,19 +25,6 @@ bool IsDirectory(const stdx::mbstring& path) {
 
 bool StartsWith(const stdx::u16string& text, const stdx::u16string& prefix) {
     return text.size() >= prefix.size() && text.substr(0, prefix.size()) == prefix;
-}
-
-// Absolute, and no "." or ".." component: a prefix test then tells what lies inside.
-bool IsCleanAbsolutePath(const stdx::u16string& path) {
-    if (path.empty() || path[0] != u'/') return false;
-    for (stdx::u16string::size_type start = 1; start <= path.size();) {
-        stdx::u16string::size_type end = path.find(u'/', start);
-        if (end == stdx::u16string::npos) end = path.size();
-        const stdx::u16string component = path.substr(start, end - start);
-        if (component == u"." || component == u"..") return false;
-        start = end + 1;
-    }
-    return true;
 }
 
 // The text before the last "/", or the whole path when there is none.
@@ -73,14 +65,23 @@ ResultCode InstallTransaction::Begin(const stdx::u16string& targetDirectory) {
     records.emplace_back();
     TransactionRecord& record = records.back();
     if (targetDirectory.empty()) return kOk;
-    if (!IsCleanAbsolutePath(targetDirectory)) return kInvalidParameter;
+    if (!journal::IsCleanAbsolutePath(targetDirectory)) return kInvalidParameter;
     record.targetDirectory = targetDirectory;
     if (record.targetDirectory.back() != u'/') record.targetDirectory.push_back(u'/');
     open_ = true;
     passFiles_.clear();
 
-    ResultCode code = CreateDirectoryTree(record.targetDirectory);
-    if (code == kOk) code = MakeBackupFolder(record.backupDirectory);
+    ResultCode code = kOk;
+    if (!journalFolder_.empty())
+        code = PassJournal::Create(journalFolder_, record.targetDirectory, journal_);
+    if (code == kOk) code = CreateDirectoryTree(record.targetDirectory);
+    if (code == kOk) code = LockDirectory(record.targetDirectory, kLockWait, targetLock_);
+    stdx::u16string backup;
+    if (code == kOk) code = MakeBackupFolder(backup);
+    if (code == kOk && (code = Note(journal::kBackupFolder, backup)) != kOk) {
+        if (const auto path = FileSystem::ToSystemPath(backup)) rmdir(path->c_str());
+    }
+    if (code == kOk) record.backupDirectory = backup;
     if (code != kOk) {
         UndoReport report;
         UndoPass(record, false, report);
@@ -106,6 +107,9 @@ ResultCode InstallTransaction::CreateDirectoryTree(const stdx::u16string& path) 
         const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(component);
         if (!system) return kPathNotFound;
         if (IsDirectory(*system)) continue;
+        if (open_) {
+            if (const ResultCode code = Note(journal::kDirectory, component)) return code;
+        }
         if (mkdir(system->c_str(), 0777) != 0) {
             // Made meanwhile by someone else: theirs, not ours to remove.
             if (errno == EEXIST && IsDirectory(*system)) continue;
@@ -126,7 +130,7 @@ ResultCode InstallTransaction::BackupFile(const stdx::u16string& path) {
     if (!open_) return kInvalidParameter;
     TransactionRecord& record = records.back();
     if (record.backupDirectory.empty() || path.size() <= record.targetDirectory.size() ||
-        !StartsWith(path, record.targetDirectory) || !IsCleanAbsolutePath(path))
+        !StartsWith(path, record.targetDirectory) || !journal::IsCleanAbsolutePath(path))
         return kInvalidParameter;
     // The pass's own file is no original, and moving it would overwrite the backup.
     if (passFiles_.count(path) != 0) return kFileNotFound;
@@ -143,6 +147,7 @@ ResultCode InstallTransaction::BackupFile(const stdx::u16string& path) {
     const stdx::u16string backupPath =
         record.backupDirectory + path.substr(record.targetDirectory.size());
     if (CreateBackupDirectory(FolderOf(backupPath)) != kOk) return kInvalidParameter;
+    if (const ResultCode code = Note(journal::kBackedUp, path)) return code;
     record.backedUpFiles.push_back(path);
     passFiles_.insert(path);
     return FileSystem::MoveFile(path, backupPath) == kOk ? kOk : kInvalidParameter;
@@ -152,13 +157,14 @@ ResultCode InstallTransaction::AddCreatedFile(const stdx::u16string& path) {
     if (!open_) return kInvalidParameter;
     TransactionRecord& record = records.back();
     if (path.size() <= record.targetDirectory.size() || !StartsWith(path, record.targetDirectory) ||
-        !IsCleanAbsolutePath(path))
+        !journal::IsCleanAbsolutePath(path))
         return kInvalidParameter;
     if (passFiles_.count(path) != 0) return kOk;
     const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(path);
     if (!system) return kInvalidParameter;
     struct stat status;
     if (lstat(system->c_str(), &status) == 0) return kAlreadyExists;
+    if (const ResultCode code = Note(journal::kCreatedFile, path)) return code;
     record.createdFiles.push_back(path);
     passFiles_.insert(path);
     return kOk;
@@ -171,6 +177,9 @@ ResultCode InstallTransaction::DeleteTree(const stdx::u16string& directory) {
 
 ResultCode InstallTransaction::Commit() {
     if (!open_) return kOk;
+    // Without its commit entry the journal must go first: recovering it would restore
+    // originals the commit is about to delete.
+    if (Note(journal::kCommitted, u"") != kOk && journal_) journal_->Remove();
     DeleteTree(records.back().backupDirectory);
     EndPass(true);
     return kOk;
@@ -190,7 +199,16 @@ ResultCode InstallTransaction::Rollback(ResultCode code) {
     return code;
 }
 
-void InstallTransaction::EndPass(bool) {
+ResultCode InstallTransaction::Note(char kind, const stdx::u16string& path) {
+    if (journal::Refusal(kind, path, records.back()) != nullptr) return kInvalidParameter;
+    return journal_ ? journal_->Append(kind, path) : kOk;
+}
+
+void InstallTransaction::EndPass(bool removeJournal) {
+    if (journal_ && removeJournal) journal_->Remove();
+    journal_.reset();
+    if (targetLock_ >= 0) close(targetLock_);
+    targetLock_ = -1;
     open_ = false;
     passFiles_.clear();
 }

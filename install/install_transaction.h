@@ -22,6 +22,7 @@
 #include "text/string.h"
 
 class InstallProcessData;
+class PassJournal;
 
 struct TransactionRecord {
     stdx::u16string targetDirectory;  // as given to Begin, ending in "/"
@@ -87,10 +88,15 @@ class InstallTransaction {
     InstallProcessData* processData;
 
   private:
-    // Closes the record.
+    // Checks the entry the change would make, and appends it to the journal (when there
+    // is one) before the change: 87 for a path outside the record, 1013 when unwritten.
+    ResultCode Note(char kind, const stdx::u16string& path);
+    // Releases the journal (removing it when asked) and the lock; the record is closed.
     void EndPass(bool removeJournal);
 
     stdx::u16string journalFolder_;
-    bool open_ = false;  // the last record was begun and is neither committed nor rolled back
+    std::unique_ptr<PassJournal> journal_;
+    int targetLock_ = -1;  // descriptor holding the lock tied to the templates directory
+    bool open_ = false;    // the last record was begun and is neither committed nor rolled back
     std::set<stdx::u16string> passFiles_;  // paths the open record backed up or created
 };

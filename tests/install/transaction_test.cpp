@@ -1,5 +1,6 @@
 #include <fcntl.h>
 
+#include "install/recovery.h"
 #include "tests/install/transaction_test_support.h"
 
 // A pass into an existing templates directory and into one it makes, ended either way:
@@ -12,7 +13,7 @@ TEST(Transaction, RollbackRestoresReplacedFilesAndCommitKeepsTheNewOnes) {
             UserTemplates user;
             const Tree before = Snapshot(user.templates);
             const stdx::u16string target = U16(user.templates + below + "/");
-            InstallTransaction transaction(nullptr, U16(""));
+            InstallTransaction transaction(nullptr, U16(user.journals));
             ASSERT_EQ(kOk, transaction.Begin(target));
             EXPECT_EQ((Names{"o8stp0"}), EntriesOf(user.tmp));
             EXPECT_EQ(0700u, StatOf(user.tmp + "/o8stp0").st_mode & 07777);
@@ -28,6 +29,7 @@ TEST(Transaction, RollbackRestoresReplacedFilesAndCommitKeepsTheNewOnes) {
 
             EXPECT_EQ(1223u, commit ? transaction.Commit() + 1223 : transaction.Rollback(1223));
             EXPECT_TRUE(EntriesOf(user.tmp).empty());
+            EXPECT_TRUE(EntriesOf(user.journals).empty());
             if (!commit) {
                 EXPECT_EQ(before, Snapshot(user.templates));
                 continue;
@@ -48,7 +50,7 @@ TEST(Transaction, BackupFileRefusesWhatIsNotAFileAndMovesNothing) {
     std::filesystem::create_symlink("folder", user.templates + "/to-folder");
     std::filesystem::create_symlink("nowhere", user.templates + "/dangling");
     const Tree before = Snapshot(user.templates);
-    InstallTransaction transaction(nullptr, U16(""));
+    InstallTransaction transaction(nullptr, U16(user.journals));
     ASSERT_EQ(kOk, transaction.Begin(user.Target()));
     const std::pair<stdx::u16string, ResultCode> cases[] = {
         {user.In("folder"), kInvalidParameter},
@@ -68,22 +70,33 @@ TEST(Transaction, BackupFileRefusesWhatIsNotAFileAndMovesNothing) {
     EXPECT_EQ(kInvalidParameter, transaction.Rollback(kInvalidParameter));
     EXPECT_EQ(before, Snapshot(user.templates));
     EXPECT_TRUE(EntriesOf(user.tmp).empty());
+    EXPECT_TRUE(EntriesOf(user.journals).empty());
 }
 
 // An original that cannot go back (a folder took its place) stays in the backup folder,
-// which is kept; the rest is still restored and the code comes back unchanged.
-TEST(Transaction, AnOriginalThatCannotGoBackKeepsTheBackupFolder) {
+// which is kept with the journal; the rest is restored and the code comes back
+// unchanged. Once the obstacle is gone, recovery finishes the job.
+TEST(Transaction, AnOriginalThatCannotGoBackKeepsTheBackupFolderUntilRecovery) {
     UserTemplates user;
-    InstallTransaction transaction(nullptr, U16(""));
-    ASSERT_EQ(kOk, transaction.Begin(user.Target()));
-    ASSERT_EQ(kOk, Install(transaction, user.In("a.dt"), "new"));
-    ASSERT_EQ(kOk, Install(transaction, user.In("sub/deep/c.dt"), "new"));
-    std::filesystem::remove(user.templates + "/a.dt");
-    std::filesystem::create_directories(user.templates + "/a.dt/in-the-way");
-    EXPECT_EQ(87u, transaction.Rollback(87));
-    EXPECT_EQ("original a.dt", ReadText(user.tmp + "/o8stp0/a.dt"));
-    EXPECT_EQ("original sub/deep/c.dt", ReadText(user.templates + "/sub/deep/c.dt"));
-    EXPECT_EQ(Names{"o8stp0"}, EntriesOf(user.tmp));
+    const Tree before = Snapshot(user.templates);
+    {
+        InstallTransaction transaction(nullptr, U16(user.journals));
+        ASSERT_EQ(kOk, transaction.Begin(user.Target()));
+        ASSERT_EQ(kOk, Install(transaction, user.In("a.dt"), "new"));
+        ASSERT_EQ(kOk, Install(transaction, user.In("sub/deep/c.dt"), "new"));
+        std::filesystem::remove(user.templates + "/a.dt");
+        std::filesystem::create_directories(user.templates + "/a.dt/in-the-way");
+        EXPECT_EQ(87u, transaction.Rollback(87));
+        EXPECT_EQ("original a.dt", ReadText(user.tmp + "/o8stp0/a.dt"));
+        EXPECT_EQ("original sub/deep/c.dt", ReadText(user.templates + "/sub/deep/c.dt"));
+        EXPECT_EQ(Names{"o8stp0"}, EntriesOf(user.tmp));
+    }
+    ASSERT_EQ(1u, EntriesOf(user.journals).size());
+    std::filesystem::remove_all(user.templates + "/a.dt");
+    RecoverInterruptedPasses(U16(user.journals), RecoveryMode::kUndo);
+    EXPECT_EQ(before, Snapshot(user.templates));
+    EXPECT_TRUE(EntriesOf(user.tmp).empty());
+    EXPECT_TRUE(EntriesOf(user.journals).empty());
 }
 
 // The backup folder takes the first free number, never an existing name of any kind;
@@ -92,7 +105,7 @@ TEST(Transaction, BeginTakesTheFirstFreeBackupNameAndRefusesUnclearTargets) {
     UserTemplates user;
     std::filesystem::create_directory(user.tmp + "/o8stp0");
     WriteText(user.tmp + "/o8stp1", "someone else's file");
-    InstallTransaction transaction(nullptr, U16(""));
+    InstallTransaction transaction(nullptr, U16(user.journals));
     for (const char* target : {"relative/templates/", "/x/../templates/", "/x/./y"})
         EXPECT_EQ(kInvalidParameter, transaction.Begin(U16(target))) << target;
     ASSERT_EQ(kOk, transaction.Begin(user.Target()));
