@@ -115,6 +115,7 @@ TEST_F(InstallConcurrency, ACancelAtAnyFileLeavesTheTemplatesAsTheyWere) {
             ExpectInstalled(before, Snapshot(templates), installed);
         }
         EXPECT_EQ(EntriesOf(scratch.tmp), Names{});
+        EXPECT_EQ(EntriesOf(journal), Names{});
     }
     EXPECT_GE(cancels, 10) << "the pass outran most stop requests: the cancel went untested";
 }

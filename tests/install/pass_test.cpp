@@ -34,6 +34,7 @@ TEST_F(PassTest, FirstPassInstallsMissingAndOlderFilesKeepsCurrentOnesAndTheNext
                      {"/sub/" + kHostile, "deep"},
                      {"/empty", ""}});
     EXPECT_EQ(EntriesOf(scratch.tmp), Names{}) << "the backup folder outlived the commit";
+    EXPECT_EQ(EntriesOf(journal), Names{}) << "a journal would undo this pass at the next start";
 
     // A second pass finds every file current: it rewrites none, not even in place.
     const ino_t inode = StatOf(templates + "/a/b.dt").st_ino;
@@ -89,6 +90,7 @@ TEST_F(PassTest, FailureAtTheThirdOfTenFilesPutsEveryOriginalBack) {
         EXPECT_EQ(Published(), Failed(row.code, 20));
         EXPECT_EQ(Differences(before, Snapshot(templates)), "");
         EXPECT_EQ(EntriesOf(scratch.tmp), Names{}) << "a backup folder was left behind";
+        EXPECT_EQ(EntriesOf(journal), Names{});
     }
 }
 
