@@ -82,7 +82,7 @@ class InstallTransaction {
     // Removes the files the pass created, restores the backed-up originals, removes the
     // directories the pass created (innermost first, only when empty of anything that
     // was not the pass's), and deletes the backup folder only when every file in it went
-    // back. Removes the journal when all of that succeeded. Returns `code` unchanged.
+    // back; the journal goes with it, else both stay for recovery. Returns `code` unchanged.
     ResultCode Rollback(ResultCode code);
 
     std::vector<TransactionRecord> records;
