@@ -53,7 +53,8 @@ class InstallTransaction {
     // empty target: 0 and no backup folder. 87 while an earlier record is still open.
     ResultCode Begin(const stdx::u16string& targetDirectory);
     // Creates `path` and its missing parents; records each one it actually created.
-    // 0, or 3 when the chain cannot be made.
+    // 0, 3 when the chain cannot be made, 87 for a path that is neither inside the open
+    // record's target nor on the way to it, 1013 when the journal cannot take it.
     ResultCode CreateDirectoryTree(const stdx::u16string& path);
     // The same inside the backup folder, recording nothing.
     ResultCode CreateBackupDirectory(const stdx::u16string& path);
@@ -81,7 +82,7 @@ class InstallTransaction {
     // Removes the files the pass created, restores the backed-up originals, removes the
     // directories the pass created (innermost first, only when empty of anything that
     // was not the pass's), and deletes the backup folder only when every file in it went
-    // back. Removes the journal when all of that succeeded. Returns `code` unchanged.
+    // back; the journal goes with it, else both stay for recovery. Returns `code` unchanged.
     ResultCode Rollback(ResultCode code);
 
     std::vector<TransactionRecord> records;

@@ -77,11 +77,22 @@ Outcome Recover(const stdx::mbstring& path, bool dryRun, JournalRecovery& result
         const std::optional<stdx::mbstring> templates =
             FileSystem::ToSystemPath(record.targetDirectory);
         struct stat folder;
-        if (!templates || stat(templates->c_str(), &folder) != 0 || !S_ISDIR(folder.st_mode))
+        const bool exists =
+            templates && stat(templates->c_str(), &folder) == 0 && S_ISDIR(folder.st_mode);
+        // A pass killed while making the templates directory left only folders of its
+        // own on the way to it; any other missing directory may be on a volume that is
+        // not mounted now.
+        const std::vector<stdx::u16string>& made = record.createdDirectories;
+        const stdx::u16string target =
+            record.targetDirectory.substr(0, record.targetDirectory.size() - 1);
+        if (!exists && (std::find(made.begin(), made.end(), target) == made.end() ||
+                        !record.backedUpFiles.empty()))
             return Outcome::kTemplatesMissing;
         Descriptor lock;
-        if (const ResultCode code =
-                LockDirectory(record.targetDirectory, std::chrono::milliseconds(0), lock.get()))
+        const ResultCode code =
+            exists ? LockDirectory(record.targetDirectory, std::chrono::milliseconds(0), lock.get())
+                   : kOk;
+        if (code != kOk)
             return code == kInUse ? Outcome::kTemplatesInUse : Outcome::kTemplatesMissing;
         if (contents.committed) {
             outcome = Outcome::kCommitFinished;

@@ -24,7 +24,7 @@ struct JournalRecovery {
         kNothingDone,       // the pass died before it changed anything
         kPassRunning,       // a live pass holds the journal
         kTemplatesInUse,    // a live pass holds the templates directory: later
-        kTemplatesMissing,  // the templates directory is gone: the journal is kept
+        kTemplatesMissing,  // the templates directory, not made by the pass, is gone: kept
         kUntrusted,         // a link, not a regular file, or another user's
         kNotAJournal,       // unreadable, too large, or without the journal header
     };

@@ -8,15 +8,12 @@
 
 using Outcome = JournalRecovery::Outcome;
 
-static const std::string kNames[] = {"a.dt", "sub/" + kHostile, "link.dt", "new.dt",
-                                     "made/here/" + kHostile};
-
 // A pass that replaced and created files and then stopped without commit or rollback,
 // as a killed one does. Answers its journal.
 static std::string AbandonedPass(UserTemplates& user) {
     InstallTransaction transaction(nullptr, U16(user.journals));
     EXPECT_EQ(kOk, transaction.Begin(user.Target()));
-    for (const std::string& name : kNames)
+    for (const std::string& name : kKitNames)
         EXPECT_EQ(kOk, Install(transaction, user.In(name), "new"));
     return user.journals + "/" + *EntriesOf(user.journals).begin();
 }
@@ -38,7 +35,7 @@ TEST(Recovery, APassKilledAtAnyPointIsUndoneAtTheNextStart) {
         UserTemplates user;
         const Tree before = Snapshot(user.templates);
         const std::string target = user.templates + (run % 2 ? "/" : "/fresh/inner/");
-        const int killAfter = static_cast<int>(random() % (std::size(kNames) + 2));
+        const int killAfter = static_cast<int>(random() % (std::size(kKitNames) + 2));
         SCOPED_TRACE("seed " + std::to_string(seed) + ", run " + std::to_string(run) +
                      ", killed after step " + std::to_string(killAfter));
         int steps[2];
@@ -50,7 +47,7 @@ TEST(Recovery, APassKilledAtAnyPointIsUndoneAtTheNextStart) {
                 if (code != kOk || write(steps[1], "+", 1) != 1) _exit(1);
             };
             done(transaction.Begin(U16(target)));
-            for (const std::string& name : kNames)
+            for (const std::string& name : kKitNames)
                 done(Install(transaction, U16(target + name), "new"));
             for (;;) pause();
         }
@@ -58,7 +55,9 @@ TEST(Recovery, APassKilledAtAnyPointIsUndoneAtTheNextStart) {
         char step;
         for (int i = 0; i < killAfter && read(steps[0], &step, 1) == 1;) ++i;
         kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status)) << "the scripted pass failed before it was killed";
         close(steps[0]);
         RecoverInterruptedPasses(U16(user.journals), RecoveryMode::kUndo);
         EXPECT_EQ(before, Snapshot(user.templates));
@@ -116,9 +115,13 @@ TEST(Recovery, JournalsAreUndoneFinishedOrLeftAsTheyDeserve) {
         const JournalRecovery& done = report.journals[0];
         EXPECT_EQ(test.outcome, done.outcome);
         EXPECT_EQ(test.outcome, dry.journals.at(0).outcome);
-        EXPECT_EQ(test.removed, done.journalRemoved);
-        EXPECT_EQ(test.removed, !std::filesystem::exists(std::filesystem::symlink_status(journal)));
+        EXPECT_EQ(test.removed, done.journalRemoved && !std::filesystem::is_symlink(journal) &&
+                                    !std::filesystem::exists(journal));
         EXPECT_EQ(test.undone, before == Snapshot(user.templates));
+        if (test.outcome == Outcome::kCommitFinished) {  // only the deletion is finished
+            EXPECT_TRUE(EntriesOf(user.tmp).empty());
+            EXPECT_EQ("new", ReadText(user.templates + "/a.dt"));
+        }
         if (!test.undone) continue;
         ExpectNoBackupLeft(user);
         // The dry run told what the real one did.

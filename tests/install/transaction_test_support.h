@@ -3,21 +3,18 @@
 // "nothing was lost" checks compare.
 #pragma once
 
+#include <fcntl.h>
+
 #include <map>
 #include <string>
+#include <tuple>
 
 #include "install/install_transaction.h"
 #include "tests/support/test_support.h"
 
-struct TreeEntry {
-    std::string bytes;  // a file's contents, a link's target
-    mode_t mode;
-    time_t modified;  // files only: a folder's time changes with its entries
-    bool operator==(const TreeEntry& other) const {
-        return bytes == other.bytes && mode == other.mode && modified == other.modified;
-    }
-};
-using Tree = std::map<std::string, TreeEntry>;  // by path relative to the root
+// A file's contents or a link's target, the mode, and a file's modification time (a
+// folder's changes with its entries), by path relative to the root.
+using Tree = std::map<std::string, std::tuple<std::string, mode_t, time_t>>;
 
 inline Tree Snapshot(const std::string& root) {
     Tree tree;
@@ -26,10 +23,12 @@ inline Tree Snapshot(const std::string& root) {
          it != std::filesystem::recursive_directory_iterator(); ++it) {
         const std::string path = it->path().string();
         const struct stat status = StatOf(path);
-        TreeEntry entry{"", status.st_mode, 0};
-        if (S_ISREG(status.st_mode)) entry = {ReadText(path), status.st_mode, status.st_mtime};
-        if (S_ISLNK(status.st_mode)) entry.bytes = std::filesystem::read_symlink(path).string();
-        tree[path.substr(root.size())] = entry;
+        const std::string bytes = S_ISREG(status.st_mode) ? ReadText(path)
+                                  : S_ISLNK(status.st_mode)
+                                      ? std::filesystem::read_symlink(path).string()
+                                      : "";
+        tree[path.substr(root.size())] = {bytes, status.st_mode,
+                                          S_ISREG(status.st_mode) ? status.st_mtime : 0};
     }
     return tree;
 }
@@ -57,6 +56,11 @@ struct UserTemplates {
     const std::string journals = scratch / "journals";
     ScopedEnvironment tmpdir{"TMPDIR", tmp};
 };
+
+// What the tests' passes install: three of the user's files replaced (one a link), two
+// new ones, one in new folders.
+inline const std::string kKitNames[] = {"a.dt", "sub/" + kHostile, "link.dt", "new.dt",
+                                        "made/here/" + kHostile};
 
 // Writes a file the way the pass does: backed up, noted, then written.
 inline ResultCode Install(InstallTransaction& transaction, const stdx::u16string& path,
