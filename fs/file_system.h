@@ -8,7 +8,9 @@
 // class, on purpose: the inflater maps the kit read-only (kit/lz_compressor.cpp, on a
 // handle opened here) so zlib reads it in place, and the launcher file's reader takes
 // ostart.cfg through a C stream in 1,024-byte chunks, each decoded on its own (config/;
-// it checks its path with ToSystemPath, and writes through FileReplacement). No shell
+// it checks its path with ToSystemPath, and writes through FileReplacement). The
+// installation pass also asks stat and statvfs about templates itself (install/, after
+// ToSystemPath), as one call decides whether a file exists and how old it is. No shell
 // is ever involved in file operations, so no file name can run a command; only
 // RunCommand and RunCommandOutput start a shell, because that is what they are for.
 // It must not keep per-call state beyond the last error and the caller's FindData.
@@ -145,6 +147,14 @@ class FileSystem {
     static ResultCode SetFileTime(FileHandle handle, const FileTime* creation,
                                   const FileTime* access, const FileTime* write);
     static ResultCode SetEndOfFile(FileHandle handle);
+    // Copies `count` bytes of `from`, starting at `offset` (its position is neither used
+    // nor moved), to `to` at its position, which advances past them. The kernel copies
+    // where the platform and both files allow it; otherwise `buffer` (bufferSize bytes)
+    // carries the bytes, also from wherever the kernel stopped. `*copied` receives what
+    // arrived. 0; 13 when `from` ends first; 6 for a -1 handle; else the errno's code.
+    static ResultCode CopyRange(FileHandle from, std::uint64_t offset, FileHandle to,
+                                std::uint32_t count, void* buffer, std::uint32_t bufferSize,
+                                std::uint32_t* copied);
 
     static std::int64_t FileTimeToUnixTime(FileTime time);
     static FileTime UnixTimeToFileTime(std::int64_t seconds);

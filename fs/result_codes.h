@@ -12,6 +12,7 @@ constexpr ResultCode kFileNotFound = 2;
 constexpr ResultCode kPathNotFound = 3;
 constexpr ResultCode kInvalidHandle = 6;
 constexpr ResultCode kDamagedData = 13;
+constexpr ResultCode kInUse = 32;  // another installation pass holds the templates directory
 constexpr ResultCode kInvalidParameter = 87;  // also: any other failure
 constexpr ResultCode kAlreadyExists = 183;
 constexpr ResultCode kCannotWrite = 1013;

@@ -1,4 +1,5 @@
-// Internal to fs/: the one walk over a directory tree, shared by removal and copying.
+// Internal to fs/: the one walk over a directory tree, shared by removal, copying and the
+// installer's restore of a backup folder (install/pass_undo.cpp).
 // It holds a bounded number of descriptors however deep the tree is: only the current
 // directory stays open, each directory's names are read in full when it is entered,
 // and the way back up is its "..", checked against the device and inode the walk came

@@ -27,22 +27,28 @@ inline std::string Record(const std::string& body, std::uint32_t statedLength = 
     return U32(statedLength ? statedLength : std::uint32_t(body.size() + 4)) + body;
 }
 
-// Product "P-<language>" by "Tavri"; every file has the time 0x01D900000007.
+// Product "P-<language>" by "Tavri"; files have the time 0x01D900000007 unless given one
+// (in 100-nanosecond units since 1601).
+constexpr std::uint64_t kKitFileTime = 0x01D900000007;
 inline std::string ProductBody(const std::u16string& language) {
     return Str(language) + Str(u"P-" + language) + Str(u"Tavri") + Str(u"");
 }
-inline std::string FileBody(const std::u16string& name, std::uint32_t offset, std::uint32_t size) {
-    return Str(name) + U32(7) + U32(0x01D9) + U32(offset) + U32(size);
+inline std::string FileBody(const std::u16string& name, std::uint32_t offset, std::uint32_t size,
+                            std::uint64_t time = kKitFileTime) {
+    return Str(name) + U32(std::uint32_t(time)) + U32(std::uint32_t(time >> 32)) + U32(offset) +
+           U32(size);
 }
 
 // Layout 1, one product per language, the files' records and then their contents.
 inline std::string BuildKit(const std::vector<std::u16string>& languages,
-                            const std::vector<std::pair<std::u16string, std::string>>& files) {
+                            const std::vector<std::pair<std::u16string, std::string>>& files,
+                            std::uint64_t time = kKitFileTime) {
     std::string kit = U32(1) + U32(std::uint32_t(languages.size())), data;
     for (const auto& language : languages) kit += Record(ProductBody(language));
     kit += U32(std::uint32_t(files.size()));
     for (const auto& [name, content] : files) {
-        kit += Record(FileBody(name, std::uint32_t(data.size()), std::uint32_t(content.size())));
+        kit +=
+            Record(FileBody(name, std::uint32_t(data.size()), std::uint32_t(content.size()), time));
         data += content;
     }
     return kit + data;
