@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "app/string_catalogue.h"
+#include "config/launcher_paths.h"
 #include "kit/executable_path.h"
 #include "kit/kit_format.h"
 #include "text/encoding.h"
@@ -86,6 +87,17 @@ void ShowPreparationError(MessageSink& messages, const char* key) {
     messages.ShowError(key, LoadString(key), kPreparationErrorStyle);
 }
 
-bool PrepareInstallation(InstallerSession& session, MessageSink& messages) {
-    return PrepareInstallationWith<FileSystem>(session, messages);
+bool PrepareInstallation(InstallerSession& session, MessageSink& messages,
+                         const std::optional<stdx::u16string>& kitPath) {
+    return PrepareInstallationWith<FileSystem>(session, messages, kitPath);
+}
+
+std::optional<stdx::u16string> ChosenTemplatesDirectory(const stdx::u16string& typed) {
+    stdx::u16string directory = typed;
+    stdx::replace_all(directory, u"\\", u"/");
+    if (directory == u"~" || directory.substr(0, 2) == u"~/")
+        directory = config::home_directory() + directory.substr(1);
+    // A relative path would land wherever the installer happened to be started.
+    if (directory.empty() || directory[0] != u'/') return std::nullopt;
+    return directory;
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "config/templates_location.h"
@@ -43,20 +44,32 @@ bool KitFitsInFreeSpace(std::uint32_t kitSize, std::uint32_t freeBytes);
 // Shows the current language's text of catalogue `key` through `messages`.
 void ShowPreparationError(MessageSink& messages, const char* key);
 
-// Fills `session` and answers true when the wizard may start. On false one message has
-// been shown: "IDS_ERROR_NOSOURCE" (kit not found; session unchanged),
+// Fills `session` and answers true when the installation may start. The kit is
+// `kitPath` when given (the headless install names it), else GetKitPath(session.useCwd).
+// On false one message has been shown: "IDS_ERROR_NOSOURCE" (kit not found; session
+// unchanged),
 // "IDS_ERROR_NOSPACE" or "IDS_ERROR_DAMAGEDSOURCE" (kit path and templates directory
 // set; no temporary file left). On true `prepareStatus` is 0 and the kit is loaded.
 // The space queries go through `FileSystemPolicy`, so tests can stand in for the volume.
 template <class FileSystemPolicy>
-bool PrepareInstallationWith(InstallerSession& session, MessageSink& messages);
+bool PrepareInstallationWith(InstallerSession& session, MessageSink& messages,
+                             const std::optional<stdx::u16string>& kitPath = std::nullopt);
 
 // PrepareInstallationWith the real file system.
-bool PrepareInstallation(InstallerSession& session, MessageSink& messages);
+bool PrepareInstallation(InstallerSession& session, MessageSink& messages,
+                         const std::optional<stdx::u16string>& kitPath = std::nullopt);
+
+// The directory the user chose (typed on the directory page, or given to the headless
+// install), as the installation takes it: every "\" becomes "/" (remembered locations
+// end in "\"), and a leading "~" alone or before "/" becomes the home directory.
+// Nothing when the result is empty or relative: the caller shows
+// "IDS_SETUP_EMPTYTARGET" and the installation does not start.
+std::optional<stdx::u16string> ChosenTemplatesDirectory(const stdx::u16string& typed);
 
 template <class FileSystemPolicy>
-bool PrepareInstallationWith(InstallerSession& session, MessageSink& messages) {
-    const stdx::u16string kitPath = GetKitPath(session.useCwd);
+bool PrepareInstallationWith(InstallerSession& session, MessageSink& messages,
+                             const std::optional<stdx::u16string>& givenKitPath) {
+    const stdx::u16string kitPath = givenKitPath ? *givenKitPath : GetKitPath(session.useCwd);
     bool kitFound = false;
     if (!kitPath.empty()) {
         FindData find;
@@ -69,11 +82,9 @@ bool PrepareInstallationWith(InstallerSession& session, MessageSink& messages) {
     }
     session.kitPath = kitPath;
 
-    config::TemplatesChoice choice = config::choose_templates_directory();
-    session.targetDir = NormaliseTemplatesDirectory(std::move(choice.directory));
-    session.templateLocations = std::move(choice.locations);
-    session.alternateFolderChosen = choice.alternateFolderChosen;
-    session.alternateFileExists = choice.alternateFileExists;
+    session.templates = config::choose_templates_directory();
+    session.templates.directory =
+        NormaliseTemplatesDirectory(std::move(session.templates.directory));
 
     // Either query failing skips the check: loading will tell whether the kit fits.
     std::uint32_t kitSize = 0;

@@ -84,7 +84,7 @@ TEST(PreparationTest, EachOutcomeShowsItsMessageOrLoadsTheKit) {
         EXPECT_EQ(messages.shown, c.message ? c.message : "");
         EXPECT_EQ(session.prepareStatus == 0, !c.message);
         EXPECT_EQ(Utf8(session.kitPath), c.kit ? kitPath : "");
-        EXPECT_EQ(Utf8(session.targetDir),
+        EXPECT_EQ(Utf8(session.templates.directory),
                   c.kit ? scratch.root / ".ord8/Tavri/tavri8/tmplts/" : "");
         EXPECT_EQ(session.installData.files.size(), c.message ? 0u : 1u);
         session.installData.Close();
