@@ -33,11 +33,6 @@ bool IsCurrent(const std::optional<struct stat>& status, FileTime kitTime) {
     return std::int64_t{status->st_mtime} >= kitSeconds;
 }
 
-stdx::u16string TargetPath(const stdx::u16string& targetDirectory, const stdx::u16string& name) {
-    stdx::u16string relative = name;
-    return targetDirectory + stdx::replace_all(relative, u"\\", u"/");
-}
-
 stdx::u16string ParentOf(const stdx::u16string& path) {
     const std::size_t slash = path.rfind(u'/');
     return slash == stdx::u16string::npos ? path : path.substr(0, slash);
@@ -75,6 +70,11 @@ ResultCode CancelPass(InstallTransaction& transaction, InstallProcessData* proce
 }
 
 }  // namespace
+
+stdx::u16string TargetPath(const stdx::u16string& targetDirectory, const stdx::u16string& name) {
+    stdx::u16string relative = name;
+    return targetDirectory + stdx::replace_all(relative, u"\\", u"/");
+}
 
 bool FitsOnVolume(const std::vector<FileRoom>& files, std::uint64_t blockSize,
                   std::uint64_t available, bool backupLeavesVolume) {
@@ -166,7 +166,7 @@ ResultCode InstallFiles(InstallTransaction& transaction, InstallProcessData* pro
         if (processData->IsCancelled()) return CancelPass(transaction, processData);
         const stdx::u16string path = TargetPath(targetDirectory, kit->files[i].name);
         const std::int32_t progress = Percent(i, count);
-        processData->SetStatus(kOk, path, progress);
+        processData->SetFileStatus(path, progress);
         if (kept[i]) continue;
         code = transaction.BackupFile(path);
         if (code != kOk && code != kFileNotFound)

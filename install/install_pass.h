@@ -42,6 +42,10 @@ ResultCode ReportInstallError(InstallTransaction& transaction, ResultCode code,
 ResultCode WriteFileData(InstallProcessData::Kit& installData, std::size_t fileIndex,
                          const stdx::u16string& path, InstallProcessData* processData = nullptr);
 
+// Where the pass writes the kit file `name` (folders separated by "\") under
+// `targetDirectory` (ending in "/").
+stdx::u16string TargetPath(const stdx::u16string& targetDirectory, const stdx::u16string& name);
+
 // 1 when `path` would be written by a pass for a kit file of time `time`: nothing is
 // there (or nothing a stat can see), it is not a regular file, or its time is older.
 // File times are kept in whole seconds, so `time` is compared at that resolution: a

@@ -58,6 +58,7 @@ void InstallProcessData::SetJob(Kit* installData, const stdx::u16string& targetD
     cancelled_ = false;
     statusCode_ = kOk;
     progress_ = 0;
+    currentFile_.clear();
     installData_ = installData;
     targetDirectory_ = directory;
     journalFolder_ = journalFolder;
@@ -87,6 +88,19 @@ void InstallProcessData::SetStatus(ResultCode code, const stdx::u16string& text,
     statusCode_ = code;
     statusText_ = text;
     progress_ = progress;
+}
+
+void InstallProcessData::SetFileStatus(const stdx::u16string& path, std::int32_t progress) {
+    Hold hold(*this);
+    statusCode_ = kOk;
+    statusText_ = path;
+    progress_ = progress;
+    currentFile_ = path;
+}
+
+stdx::u16string InstallProcessData::CurrentFile() {
+    Hold hold(*this);
+    return currentFile_;
 }
 
 void InstallProcessData::GetStatus(ResultCode& code, stdx::u16string& text,

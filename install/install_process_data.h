@@ -50,6 +50,10 @@ class InstallProcessData {
     // All three fields change together: a poll never sees a text from another step.
     void SetStatus(ResultCode code, const stdx::u16string& text, std::int32_t progress);
     void GetStatus(ResultCode& code, stdx::u16string& text, std::int32_t& progress);
+    // SetStatus(0, path, progress) for the file the pass turns to, which CurrentFile then
+    // names until the next job: after a failure the status text no longer does.
+    void SetFileStatus(const stdx::u16string& path, std::int32_t progress);
+    stdx::u16string CurrentFile();
 
   private:
     class Hold;
@@ -69,4 +73,5 @@ class InstallProcessData {
     ResultCode statusCode_ = kOk;
     stdx::u16string statusText_;
     std::int32_t progress_ = 0;
+    stdx::u16string currentFile_;
 };

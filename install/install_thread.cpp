@@ -33,12 +33,15 @@ void* InstallThreadMain(void* argument) {
     return nullptr;
 }
 
-ResultCode RunInstallation(InstallProcessData* processData) {
+ResultCode RunInstallation(InstallProcessData* processData, TransactionRecord* passRecord) {
     InstallProcessData::Kit* kit = nullptr;
     stdx::u16string targetDirectory, journalFolder;
     processData->GetJob(kit, targetDirectory, journalFolder);
     InstallTransaction transaction(processData, journalFolder);
-    return InstallFiles(transaction, processData);
+    const ResultCode code = InstallFiles(transaction, processData);
+    if (passRecord != nullptr && !transaction.records.empty())
+        *passRecord = transaction.records.back();
+    return code;
 }
 
 void StartInstallThread(InstallThread& installThread, InstallProcessData* processData) {

@@ -21,6 +21,7 @@
 
 #include "fs/result_codes.h"
 #include "install/install_process_data.h"
+#include "install/install_transaction.h"
 
 struct InstallThread {
     InstallThread() = default;
@@ -52,5 +53,7 @@ void StopAndJoinInstallThread(InstallThread& installThread);
 // The worker's body (a pthread start routine taking the InstallThread). Returns null.
 void* InstallThreadMain(void* installThread);
 // One pass on the caller's thread; returns when it has committed or rolled back, with
-// its result (0, or the code it also published).
-ResultCode RunInstallation(InstallProcessData* processData);
+// its result (0, or the code it also published). `passRecord`, when given, receives what
+// the pass created and replaced (empty when it never began).
+ResultCode RunInstallation(InstallProcessData* processData,
+                           TransactionRecord* passRecord = nullptr);
