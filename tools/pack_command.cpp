@@ -250,7 +250,7 @@ bool run_pack(const PackOptions& options, PackSummary& summary, std::string& err
     }
 
     std::uint64_t kit_size = 0;
-    PackProgress progress{progressLine, {0, files.size(), 0, data_size}};
+    PackProgress progress{progressLine, {0, files.size(), 0, data_size, {}}};
     if (!WriteKit(options.output_path, options.level, tables, listing.files, progress, kit_size,
                   error))
         return false;

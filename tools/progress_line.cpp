@@ -4,7 +4,24 @@
 #include <cstdio>
 #include <utility>
 
+#include "tools/utf_conversion.h"
+
 namespace kittool {
+
+namespace {
+
+constexpr std::size_t kLongestFileShown = 40;
+
+// The end of a long name says more than its start; the cut falls between characters.
+std::string ShownFile(const std::string& file) {
+    std::string shown = escape_control_bytes(file);
+    if (shown.size() <= kLongestFileShown) return shown;
+    std::size_t cut = shown.size() - kLongestFileShown;
+    while (cut < shown.size() && (static_cast<unsigned char>(shown[cut]) & 0xC0) == 0x80) ++cut;
+    return "..." + shown.substr(cut);
+}
+
+}  // namespace
 
 std::string FormatProgress(const ProgressCounts& counts) {
     double fraction = 1;
@@ -19,7 +36,8 @@ std::string FormatProgress(const ProgressCounts& counts) {
     std::snprintf(text, sizeof text, "%" PRIu64 "/%" PRIu64 " files, %.1f/%.1f MiB, %u%%",
                   counts.filesDone, counts.filesTotal, static_cast<double>(counts.bytesDone) / kMiB,
                   static_cast<double>(counts.bytesTotal) / kMiB, percent);
-    return text;
+    if (counts.currentFile.empty()) return text;
+    return text + ("  " + ShownFile(counts.currentFile));
 }
 
 ProgressLine::ProgressLine(Sink sink, Now now, Clock::duration interval)

@@ -1,5 +1,5 @@
-// One line of progress for long commands: files and bytes done and the percentage,
-// rewritten in place with "\r" at a bounded rate and ended with a line feed. Knows
+// One line of progress for long commands: files and bytes done, the percentage and the
+// current file, rewritten in place with "\r" at a bounded rate and ended with a line feed. Knows
 // nothing of terminals: the caller decides whether to show it at all (only when standard
 // error is a terminal) and supplies where the text goes and the clock, so tests can drive
 // it with neither. One line belongs to one thread.
@@ -17,10 +17,13 @@ struct ProgressCounts {
     std::uint64_t filesTotal = 0;
     std::uint64_t bytesDone = 0;
     std::uint64_t bytesTotal = 0;
+    std::string currentFile;  // UTF-8; none when empty
 };
 
-// "12/40 files, 3.1/10.0 MiB, 31%": the percentage follows the bytes, or the files when
-// there are no bytes, and is never rounded up to 100 before the end.
+// "12/40 files, 3.1/10.0 MiB, 31%  docs/a.dt": the percentage follows the bytes, or the
+// files when there are no bytes, and is never rounded up to 100 before the end. The
+// file is shown with control bytes escaped and, beyond 40 bytes, by its end only
+// ("...") so that the line stays shorter than a terminal's.
 std::string FormatProgress(const ProgressCounts& counts);
 
 class ProgressLine {
