@@ -1,5 +1,7 @@
 #include "tools/command_line.h"
 
+#include "app/string_catalogue.h"
+
 namespace kittool {
 
 namespace {
@@ -57,12 +59,57 @@ bool parse_pack(const std::vector<std::string>& args, PackOptions& pack, std::st
     return true;
 }
 
+// install KIT [DIR] with its options anywhere; DIR may be given empty (and is then
+// refused by the install itself, with the installer's message).
+bool ParseInstall(const std::vector<std::string>& args, InstallOptions& install,
+                  std::string& error) {
+    std::size_t positional = 0;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--lang") {
+            if (i + 1 == args.size() || !install.language.empty()) {
+                error = "install: --lang takes one language code, once";
+                return false;
+            }
+            install.language = args[++i];
+            if (FindLanguage(install.language) == 0) {
+                error = "install: unknown language '" + install.language + "' (codes:";
+                for (const auto& language : CatalogueLanguages())
+                    error += " " + language.second.code;
+                error += ")";
+                return false;
+            }
+        } else if (arg == "--dry-run") {
+            install.dryRun = true;
+        } else if (arg == "--no-remember") {
+            install.remember = false;
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            error = "install: unknown option '" + arg + "'";
+            return false;
+        } else if (positional == 0 && !arg.empty()) {
+            install.kitPath = arg;
+            ++positional;
+        } else if (positional == 1) {
+            install.directory = arg;
+            ++positional;
+        } else {
+            error = "install: unexpected argument '" + arg + "' (KIT and one DIR only)";
+            return false;
+        }
+    }
+    if (install.kitPath.empty()) {
+        error = "install: no kit given";
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool parse_command_line(const std::vector<std::string>& args, CommandLine& line,
                         std::string& error) {
     if (args.empty()) {
-        error = "no command given (pack, list or verify; --help shows the usage)";
+        error = "no command given (pack, list, verify, install or recover; --help shows the usage)";
         return false;
     }
     const std::string& command = args[0];
@@ -92,7 +139,17 @@ bool parse_command_line(const std::vector<std::string>& args, CommandLine& line,
         }
         return true;
     }
-    error = "unknown command '" + command + "' (pack, list or verify)";
+    if (command == "install") {
+        line.command = Command::kInstall;
+        return ParseInstall(args, line.install, error);
+    }
+    if (command == "recover") {
+        line.command = Command::kRecover;
+        if (args.size() == 1) return true;
+        error = "recover: takes no arguments";
+        return false;
+    }
+    error = "unknown command '" + command + "' (pack, list, verify, install or recover)";
     return false;
 }
 
@@ -106,7 +163,12 @@ const char* usage_text() {
            "  ord8kit verify [--strict] KIT\n"
            "      check the whole kit; exit 0 when the installer can use it, warnings\n"
            "      included (--strict: exit 1 on any warning too)\n"
-           "exit status: 0 success, 1 refused input or kit, 2 bad command line\n";
+           "  ord8kit install KIT [DIR] [--lang CODE] [--dry-run] [--no-remember]\n"
+           "      install KIT into DIR (default: the proposed templates directory) and\n"
+           "      remember DIR for the launcher; --dry-run only lists what would change\n"
+           "  ord8kit recover      undo installations that were killed halfway\n"
+           "exit status: 0 success, 1 refused input or kit, or failed install, 2 bad\n"
+           "command line; install: 130 after SIGINT, 143 after SIGTERM, 129 after SIGHUP\n";
 }
 
 }  // namespace kittool

@@ -6,21 +6,24 @@
 #include <string>
 #include <vector>
 
+#include "tools/install_command.h"
 #include "tools/pack_command.h"
 
 namespace kittool {
 
-enum class Command { kHelp, kPack, kList, kVerify };
+enum class Command { kHelp, kPack, kList, kVerify, kInstall, kRecover };
 
 struct CommandLine {
     Command command = Command::kHelp;
-    PackOptions pack;      // for kPack
-    std::string kit_path;  // for kList and kVerify
-    bool strict = false;   // for kVerify: warnings count as errors
+    PackOptions pack;        // for kPack
+    std::string kit_path;    // for kList and kVerify
+    bool strict = false;     // for kVerify: warnings count as errors
+    InstallOptions install;  // for kInstall
 };
 
 // `args` excludes the program name. False with a one-line `error` for unknown
-// commands or options, missing or repeated values and a level outside 0-9.
+// commands or options, missing or repeated values, a level outside 0-9 and a language
+// the catalogue lacks.
 bool parse_command_line(const std::vector<std::string>& args, CommandLine& line,
                         std::string& error);
 

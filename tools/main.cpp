@@ -1,4 +1,5 @@
-// ord8kit: packs, lists and verifies distribution kits for vendors and for our tests.
+// ord8kit: packs, lists and verifies distribution kits for vendors and for our tests, and
+// installs them without a window.
 #include <unistd.h>
 
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "tools/command_line.h"
+#include "tools/install_command.h"
 #include "tools/kit_commands.h"
 #include "tools/pack_command.h"
 #include "tools/utf_conversion.h"
@@ -16,10 +18,7 @@ namespace {
 constexpr int kExitRefused = 1;
 constexpr int kExitUsage = 2;
 
-// Messages quote file names and kit text; escaping keeps each message on one line.
-void Tell(const std::string& message) {
-    std::fprintf(stderr, "ord8kit: %s\n", kittool::escape_control_bytes(message).c_str());
-}
+using kittool::Tell;
 
 int fail(const std::string& message, int status) {
     Tell(message);
@@ -82,6 +81,10 @@ int main(int argc, char** argv) {
             return list(line.kit_path);
         case kittool::Command::kVerify:
             return Verify(line.kit_path, line.strict);
+        case kittool::Command::kInstall:
+            return kittool::Install(line.install);
+        case kittool::Command::kRecover:
+            return kittool::Recover();
     }
     return kExitUsage;
 }

@@ -1,5 +1,7 @@
 #include "tools/utf_conversion.h"
 
+#include <cstdio>
+
 #include "text/utf8.h"
 
 namespace kittool {
@@ -24,6 +26,10 @@ std::string escape_control_bytes(const std::string& text) {
         shown.push_back(kHex[byte & 0xF]);
     }
     return shown;
+}
+
+void Tell(const std::string& message) {
+    std::fprintf(stderr, "ord8kit: %s\n", escape_control_bytes(message).c_str());
 }
 
 }  // namespace kittool

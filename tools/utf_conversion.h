@@ -16,4 +16,8 @@ std::string ToUtf8(const stdx::u16string& text);
 // file name can never break a line of the tool's output.
 std::string escape_control_bytes(const std::string& text);
 
+// One message line on stderr: "ord8kit: " and `message` with control bytes escaped, so
+// that file names and kit text can never break it.
+void Tell(const std::string& message);
+
 }  // namespace kittool
