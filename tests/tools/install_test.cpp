@@ -16,7 +16,13 @@ struct Ran {
     std::string out, err;
 };
 
-// Runs the tool with the test's HOME and TMPDIR; `tag` names its output files.
+// The user's templates, with HOME and TMPDIR of their own while it lives.
+struct User : UserTemplates {
+    User() { std::filesystem::create_directory(scratch / "home"); }
+    ScopedEnvironment home{"HOME", scratch / "home"};
+};
+
+// Runs the tool in the user's environment; `tag` names its output files.
 pid_t Start(const UserTemplates& user, const std::vector<std::string>& args, const char* tag) {
     std::fflush(nullptr);  // else the child writes out the test's buffered output again
     const pid_t pid = fork();
@@ -53,11 +59,8 @@ std::string WriteKit(const UserTemplates& user, int many = 0) {
         const std::string name = std::to_string(i);
         files.push_back({u"many\\f" + std::u16string(name.begin(), name.end()), "x"});
     }
-    WriteText(
-        user.scratch / "ord8.dkz",
-        kittest::Deflate(
-            kittest::BuildKit({u"en"}, files, FileSystem::UnixTimeToFileTime(1600000000)), 1));
-    std::filesystem::create_directory(user.scratch / "home");
+    const FileTime time = FileSystem::UnixTimeToFileTime(1600000000);
+    WriteText(user.scratch / "ord8.dkz", kittest::Deflate(kittest::BuildKit({}, files, time), 1));
     WriteText(user.templates + "/newer.dt", "user's newer");
     const timespec newer[2] = {{1700000000, 0}, {1700000000, 0}};
     utimensat(AT_FDCWD, (user.templates + "/newer.dt").c_str(), newer, 0);
@@ -65,12 +68,9 @@ std::string WriteKit(const UserTemplates& user, int many = 0) {
 }
 
 TEST(Install, ReplacesOlderKeepsNewerAndChangesNothingWhenRepeatedOrDry) {
-    UserTemplates user;
-    const ScopedEnvironment home("HOME", user.scratch / "home");
+    User user;
     const std::string kit = WriteKit(user), t = user.templates;
-    if (geteuid() == 0) {
-        ASSERT_EQ(chown(t.c_str(), kNobody, kNobody), 0);
-    }
+    ASSERT_TRUE(geteuid() != 0 || chown(t.c_str(), kNobody, kNobody) == 0);
     const Tree before = Snapshot(t);
     Ran ran = RunTool(user, {"install", kit, t, "--dry-run"});
     EXPECT_EQ(ran.status, 0) << ran.err;
@@ -97,8 +97,7 @@ TEST(Install, ReplacesOlderKeepsNewerAndChangesNothingWhenRepeatedOrDry) {
 }
 
 TEST(Install, RefusesAnEmptyOrRelativeDirectoryInTheChosenLanguage) {
-    UserTemplates user;
-    const ScopedEnvironment home("HOME", user.scratch / "home");
+    User user;
     const std::string kit = WriteKit(user);
     const std::string english = "Specify correct path to template directory.",
                       german = "Geben Sie einen gültigen Pfad zum Vorlagenverzeichnis an.";
@@ -135,8 +134,7 @@ TEST(Install, StoppedAtARandomPointLeavesEveryOriginalIntact) {
     const int signals[] = {SIGKILL, SIGTERM, SIGINT, SIGHUP};
     int stopped = 0;
     for (int round = 0; round < 10; ++round) {
-        UserTemplates user;
-        const ScopedEnvironment home("HOME", user.scratch / "home");
+        User user;
         const std::string kit = WriteKit(user, 2000);
         const Tree before = Snapshot(user.templates);
         const pid_t pid = Start(user, {"install", kit, user.templates}, "kill");
@@ -159,8 +157,7 @@ TEST(Install, StoppedAtARandomPointLeavesEveryOriginalIntact) {
 }
 
 TEST(Install, ASecondInstallIntoABusyDirectoryFailsWithCode32AndChangesNothing) {
-    UserTemplates user;
-    const ScopedEnvironment home("HOME", user.scratch / "home");
+    User user;
     const std::string kit = WriteKit(user, 2000);
     const pid_t first = Start(user, {"install", kit, user.templates}, "first");
     EXPECT_TRUE(WaitForFile(user.templates + "/many/f0", first));
