@@ -26,9 +26,7 @@ const FileTime kKitTime = FileSystem::UnixTimeToFileTime(kKitSeconds) + 1234567;
 std::u16string Name(const std::string& utf8) { return {U16(utf8).data(), U16(utf8).size()}; }
 
 const Status kFinished{kOk, Utf8(LoadString("IDS_INSTALL_FINISH")), 100};
-Status Failed(ResultCode code, std::int32_t progress) {
-    return {code, Utf8(LoadString("IDS_INSTALL_ERROR")), progress};
-}
+const std::string kErrorText = Utf8(LoadString("IDS_INSTALL_ERROR"));
 
 }  // namespace
 
@@ -46,10 +44,9 @@ class PassTest : public ::testing::Test {
         data.SetJob(&kit, U16(templates), U16(journal));  // no "/" at the end: one is added
     }
     Status Published() {
-        Status status;
-        stdx::u16string text;
-        data.GetStatus(std::get<0>(status), text, std::get<2>(status));
-        return {std::get<0>(status), Utf8(text), std::get<2>(status)};
+        auto [code, text, progress] = std::tuple<ResultCode, stdx::u16string, std::int32_t>();
+        data.GetStatus(code, text, progress);
+        return {code, Utf8(text), progress};
     }
     bool WaitFor(const std::function<bool(const Status&)>& done) {  // false after 20 s
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
@@ -85,8 +82,7 @@ TEST_F(InstallConcurrency, InstallsOlderFilesKeepsCurrentOnesRepeatsSkippingAllA
     const Tree installed = Snapshot(templates);
     const ino_t inode = StatOf(templates + "/sub/" + kHostile).st_ino;
     std::map<std::string, std::pair<std::string, time_t>> got;  // bytes and time
-    for (const auto& [path, entry] : installed)
-        got[path] = {std::get<0>(entry), std::get<2>(entry)};
+    for (const auto& [path, file] : installed) got[path] = {std::get<0>(file), std::get<2>(file)};
     EXPECT_EQ(got, (decltype(got){{"/" + kHostile, {"kit", kKitSeconds}},
                                   {"/newer", {"mine", kKitSeconds + 1}},
                                   {"/same second", {"mine too", kKitSeconds}},
@@ -119,20 +115,9 @@ TEST_F(InstallConcurrency, APassThatFailsOrIsStoppedPutsEveryOriginalBack) {
     const unsigned seed = given ? unsigned(std::stoul(given)) : std::random_device()();
     std::printf("seed %u (ORD8_SEED repeats it)\n", seed);
     std::mt19937 random(seed);
-    const struct {
-        const char* what;
-        std::function<void(const std::string&)> block;  // given the third file's folder
-        rlim_t fileSizeLimit;
-        ResultCode code;
-    } rows[] = {
-        {"a directory in the way", [](auto f) { WriteText(f + "/below/in", ""); }, RLIM_INFINITY,
-         kInvalidParameter},
-        {"a broken link where its folder must be",
-         [](auto f) { std::filesystem::create_symlink("nowhere", f); }, RLIM_INFINITY,
-         kPathNotFound},
-        {"the disk fills", [](auto) {}, 1 << 20, kInvalidParameter},
-        {"a stop", [](auto) {}, RLIM_INFINITY, kCancelled},  // repeated
-    };
+    // By run: a directory in the way, a broken link where a folder must be, a full disk,
+    // then stops.
+    const ResultCode codes[] = {kInvalidParameter, kPathNotFound, kInvalidParameter, kCancelled};
     KitFiles files;
     for (int i = 0; i < 10; ++i)
         files.emplace_back(Name(i == 2 ? "f2\\below" : "f" + std::to_string(i)),
@@ -140,20 +125,21 @@ TEST_F(InstallConcurrency, APassThatFailsOrIsStoppedPutsEveryOriginalBack) {
     LoadKit(files);
     int cancels = 0;
     for (int run = 0; run < 23 && !HasFailure(); ++run) {
-        const auto& row = rows[std::min(run, 3)];
-        SCOPED_TRACE(row.what + (", run " + std::to_string(run)));
+        const ResultCode code = codes[std::min(run, 3)];
+        SCOPED_TRACE("run " + std::to_string(run));
         std::filesystem::remove_all(templates);
         for (int i = 0; i < 10; ++i)
             if (const int age = run < 3 ? 1 : int(random() % 3); age && i != 2)  // 0: missing
                 Plant(templates + "/f" + std::to_string(i), "original",
                       kKitSeconds + (age == 1 ? -9 : 9));
-        row.block(templates + "/f2");
+        if (run == 0) WriteText(templates + "/f2/below/in", "");
+        if (run == 1) std::filesystem::create_symlink("nowhere", templates + "/f2");
         const Tree before = Snapshot(templates);
         const int stopAt = int(random() % 5) * 10;
-        FileSizeLimit limit(row.fileSizeLimit);
+        FileSizeLimit limit(run == 2 ? 1 << 20 : RLIM_INFINITY);
         data.SetJob(&kit, U16(templates), U16(journal));
         StartInstallThread(worker, &data);
-        if (row.code == kCancelled) {
+        if (code == kCancelled) {
             ASSERT_TRUE(WaitFor([&](const Status& s) { return std::get<2>(s) >= stopAt; }));
             StopAndJoinInstallThread(worker);
         } else {
@@ -162,7 +148,7 @@ TEST_F(InstallConcurrency, APassThatFailsOrIsStoppedPutsEveryOriginalBack) {
         }
         const Status status = Published();
         cancels += std::get<0>(status) == kCancelled;
-        const Status expected = row.code == kCancelled ? kFinished : Failed(row.code, 20);
+        const Status expected = code == kCancelled ? kFinished : Status{code, kErrorText, 20};
         // A stop that came too late finds the pass done.
         EXPECT_TRUE(std::get<0>(status) == kCancelled || status == expected) << std::get<1>(status);
         EXPECT_TRUE(std::get<0>(status) == kOk || before == Snapshot(templates));
@@ -198,8 +184,8 @@ TEST_F(PassTest, AKitTheVolumeCannotHoldIsRefusedBeforeTheFirstFile) {
             _exit(77);
         Plant(templates + "/one", std::string(600 << 10, 'o'), 1);
         const Tree before = Snapshot(templates);
-        if (RunInstallation(&data) != kCannotWrite || Published() != Failed(kCannotWrite, 0) ||
-            !(before == Snapshot(templates)))
+        if (RunInstallation(&data) != kCannotWrite ||
+            Published() != Status{kCannotWrite, kErrorText, 0} || !(before == Snapshot(templates)))
             _exit(1);
         kit.files.resize(1);
         _exit(RunInstallation(&data) == kOk && ReadText(templates + "/one")[0] == '1' ? 0 : 2);

@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "install/install_transaction.h"
+#include "install/recovery.h"
 #include "tests/support/test_support.h"
 
 // A file's contents or a link's target, the mode, and a file's modification time (a
@@ -20,18 +21,19 @@ inline Tree Snapshot(const std::string& root) {
     Tree tree;
     std::error_code missing;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root, missing)) {
-        const std::string path = entry.path().string();
-        const struct stat status = StatOf(path);
-        std::string bytes = entry.is_symlink() ? std::filesystem::read_symlink(path).string() : "";
-        if (S_ISREG(status.st_mode)) bytes = ReadText(path);
-        tree[path.substr(root.size())] = {bytes, status.st_mode,
-                                          S_ISREG(status.st_mode) ? status.st_mtime : 0};
+        const struct stat status = StatOf(entry.path());
+        std::string bytes = entry.is_symlink() ? read_symlink(entry.path()).string() : "";
+        if (S_ISREG(status.st_mode)) bytes = ReadText(entry.path());
+        tree[entry.path().string().substr(root.size())] = {
+            bytes, status.st_mode, S_ISREG(status.st_mode) ? status.st_mtime : 0};
     }
     return tree;
 }
 
-inline void Plant(const std::string& path, const std::string& bytes, std::int64_t seconds) {
+inline void Plant(const std::string& path, const std::string& bytes, std::int64_t seconds,
+                  mode_t mode = 0644) {
     WriteText(path, bytes);
+    chmod(path.c_str(), mode);
     const timespec times[2] = {{time_t(seconds), 0}, {time_t(seconds), 0}};
     utimensat(AT_FDCWD, path.c_str(), times, 0);
 }
@@ -42,17 +44,17 @@ inline void Plant(const std::string& path, const std::string& bytes, std::int64_
 struct UserTemplates {
     UserTemplates() {
         std::filesystem::create_directories(tmp);
-        for (const auto& [name, mode] : kFiles) {
-            Plant(In8(name), "original " + name, 1300000000);
-            chmod(In8(name).c_str(), mode);
-        }
-        std::filesystem::create_directories(In8("empty"));
-        mkfifo(In8("pipe").c_str(), 0600);
+        for (const auto& [name, mode] : kFiles)
+            Plant(At(name), "original " + name, 1300000000, mode);
+        std::filesystem::create_directories(At("empty"));
+        mkfifo(At("pipe").c_str(), 0600);
         for (const char* name : {"a.dt", "folder", "nowhere"})
-            std::filesystem::create_symlink(name, In8(std::string("to-") + name));
+            std::filesystem::create_symlink(name, At(std::string("to-") + name));
     }
-    std::string In8(const std::string& name) const { return templates + "/" + name; }
-    stdx::u16string In(const std::string& name) const { return U16(In8(name)); }
+    std::string At(const std::string& name) const { return templates + "/" + name; }
+    RecoveryReport Recover(RecoveryMode how) {
+        return RecoverInterruptedPasses(U16(journals), how);
+    }
 
     inline static const std::pair<std::string, mode_t> kFiles[] = {
         {"a.dt", 0640}, {"sub/" + kHostile, 0600}, {"sub/deep/c.dt", 0755}, {"folder/in", 0644}};
