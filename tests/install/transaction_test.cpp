@@ -79,12 +79,12 @@ TEST(Transaction, EveryEndOfAPassLeavesTheTemplatesAndItsTracesAsItDeserves) {
             const pid_t child = fork();
             if (child == 0) {
                 InstallTransaction transaction(nullptr, U16(user.journals));
-                const auto step = [&](ResultCode code) {
-                    if (code != kOk || write(steps[1], "+", 1) != 1) _exit(1);
-                };
-                step(transaction.Begin(U16(target)));
-                for (const std::string& name : kKitNames) step(Install(transaction, target + name));
-                for (;;) pause();
+                ResultCode code = transaction.Begin(U16(target));
+                // Each step done is told; after the last, the pass waits to be killed.
+                for (std::size_t i = 0; code == kOk && write(steps[1], "+", 1) == 1; ++i)
+                    code = i < std::size(kKitNames) ? Install(transaction, target + kKitNames[i])
+                                                    : pause();
+                _exit(1);
             }
             close(steps[1]);
             char done;
