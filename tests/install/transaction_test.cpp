@@ -5,9 +5,10 @@
 
 using Outcome = JournalRecovery::Outcome;
 
-// A pass that replaced and created files ends every way it can: rolled back, committed,
-// abandoned (as a killed pass is) with its journal as left or spoilt, or killed in a
-// child at a random step (thirty times); then recovery meets what is left. Each end
+// A pass that replaced and created files ends every way it can (a plain commit and
+// rollback are the pass tests' business): rolled back with an original blocked,
+// abandoned (as a killed pass is) with its journal spoilt, or killed in a child at a
+// random step (thirty times, the seed printed); then recovery meets what is left. Each end
 // leaves the templates as they were or with the new files, and the backup folder and
 // journal gone or kept, only as it deserves; a dry run changes nothing and foretells the
 // real run. On the way, the pass takes the first free backup name and refuses to move
