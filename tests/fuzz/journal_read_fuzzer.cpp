@@ -2,19 +2,11 @@
 // memory is touched; recovery acts on nothing but what it returns. Checks that what it
 // keeps obeys the journal's rules and that it stops exactly after its last whole entry.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 #include "install/pass_journal.h"
+#include "tests/fuzz/fuzz_support.h"
 
 namespace {
-
-void Require(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "journal_read_fuzzer: %s\n", what);
-        std::abort();
-    }
-}
 
 bool Inside(const stdx::u16string& path, const stdx::u16string& folder) {
     return path.size() > folder.size() && path.substr(0, folder.size()) == folder;

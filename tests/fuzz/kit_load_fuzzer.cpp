@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -16,35 +15,20 @@
 #include "kit/install_data.h"
 #include "kit/kit_format.h"
 #include "kit/lz_compressor.h"
+#include "tests/fuzz/fuzz_support.h"
 #include "text/encoding.h"
 
 namespace {
 
-void Require(bool condition, const char* what) {
-    if (!condition) {
-        std::fprintf(stderr, "kit_load_fuzzer: %s\n", what);
-        std::abort();
-    }
-}
-
-// A private folder for the run: the kit file, and "tmp" as TMPDIR. Removed at exit;
-// a plain array, so that it outlives every static destructor. In memory when possible:
-// creating and deleting a file per input is most of the cost on a disk file system.
-char scratchFolder[] = "/dev/shm/ord8-kit-fuzz-XXXXXX";
-
-const char* ScratchFolder() {
-    static const bool made = [] {
-        if (mkdtemp(scratchFolder) == nullptr) {
-            std::snprintf(scratchFolder, sizeof scratchFolder, "/tmp/ord8-kit-fuzz-XXXXXX");
-            Require(mkdtemp(scratchFolder) != nullptr, "mkdtemp");
-        }
-        const std::string temp = std::string(scratchFolder) + "/tmp";
-        std::filesystem::create_directory(temp);
-        setenv("TMPDIR", temp.c_str(), 1);
-        std::atexit([] { std::filesystem::remove_all(scratchFolder); });
-        return true;
+// The run's temporary directory, inside the scratch folder: nothing a load makes may stay.
+const std::string& TempFolder() {
+    static const std::string temp = [] {
+        const std::string folder = ScratchFolder() + "/tmp";
+        std::filesystem::create_directory(folder);
+        setenv("TMPDIR", folder.c_str(), 1);
+        return folder;
     }();
-    return made ? scratchFolder : nullptr;
+    return temp;
 }
 
 std::vector<unsigned char> Deflated(const std::uint8_t* data, std::size_t size, int level) {
@@ -66,8 +50,8 @@ std::vector<unsigned char> Deflated(const std::uint8_t* data, std::size_t size, 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    const std::string kitPath = std::string(ScratchFolder()) + "/ord8.dkz";
-    const std::string tempFolder = std::string(ScratchFolder()) + "/tmp";
+    const std::string& tempFolder = TempFolder();
+    const std::string kitPath = ScratchFolder() + "/ord8.dkz";
     const std::vector<unsigned char> kitBytes =
         (data[0] & 1) ? std::vector<unsigned char>(data + 1, data + size)
                       : Deflated(data + 1, size - 1, (data[0] & 2) ? 1 : 0);
