@@ -70,6 +70,8 @@ ResultCode InstallTransaction::Begin(const stdx::u16string& targetDirectory) {
     if (record.targetDirectory.back() != u'/') record.targetDirectory.push_back(u'/');
     open_ = true;
     passFiles_.clear();
+    knownDirectories_.clear();
+    vacantPath_.clear();
 
     ResultCode code = kOk;
     if (!journalFolder_.empty())
@@ -94,10 +96,14 @@ ResultCode InstallTransaction::Begin(const stdx::u16string& targetDirectory) {
 
 ResultCode InstallTransaction::CreateDirectoryTree(const stdx::u16string& path) {
     if (path.empty()) return kOk;
+    if (open_ && knownDirectories_.count(path) != 0) return kOk;
     const std::optional<stdx::mbstring> whole = FileSystem::ToSystemPath(path);
     if (!whole) return kPathNotFound;
-    // Asked once per installed file: an existing folder must cost one stat.
-    if (IsDirectory(*whole)) return kOk;
+    // Asked once per installed file: an existing folder must cost at most one stat.
+    if (IsDirectory(*whole)) {
+        if (open_) knownDirectories_.insert(path);
+        return kOk;
+    }
     // Each component in turn, outermost first, so a rollback can remove them innermost
     // first; one that existed before is never recorded.
     for (stdx::u16string::size_type end = 1; end <= path.size(); ++end) {
@@ -112,11 +118,17 @@ ResultCode InstallTransaction::CreateDirectoryTree(const stdx::u16string& path) 
         }
         if (mkdir(system->c_str(), 0777) != 0) {
             // Made meanwhile by someone else: theirs, not ours to remove.
-            if (errno == EEXIST && IsDirectory(*system)) continue;
+            if (errno == EEXIST && IsDirectory(*system)) {
+                vacantPath_.clear();
+                continue;
+            }
             return kPathNotFound;
         }
         if (open_) records.back().createdDirectories.push_back(component);
+        // Only the folders leading to it leave the vacant path vacant.
+        if (!StartsWith(vacantPath_, component + u"/")) vacantPath_.clear();
     }
+    if (open_) knownDirectories_.insert(path);
     return kOk;
 }
 
@@ -127,6 +139,7 @@ ResultCode InstallTransaction::CreateBackupDirectory(const stdx::u16string& path
 }
 
 ResultCode InstallTransaction::BackupFile(const stdx::u16string& path) {
+    vacantPath_.clear();
     if (!open_) return kInvalidParameter;
     TransactionRecord& record = records.back();
     if (record.backupDirectory.empty() || path.size() <= record.targetDirectory.size() ||
@@ -137,8 +150,11 @@ ResultCode InstallTransaction::BackupFile(const stdx::u16string& path) {
     const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(path);
     if (!system) return kInvalidParameter;
     struct stat status;
-    if (lstat(system->c_str(), &status) != 0)
-        return errno == ENOENT ? kFileNotFound : kInvalidParameter;
+    if (lstat(system->c_str(), &status) != 0) {
+        if (errno != ENOENT) return kInvalidParameter;
+        vacantPath_ = path;
+        return kFileNotFound;
+    }
     // A link is moved as a link, and only when it leads to a file. A folder of the
     // user's is never moved: inside the backup folder it would go at the commit.
     if (S_ISLNK(status.st_mode) && stat(system->c_str(), &status) != 0) return kInvalidParameter;
@@ -160,10 +176,14 @@ ResultCode InstallTransaction::AddCreatedFile(const stdx::u16string& path) {
         !journal::IsCleanAbsolutePath(path))
         return kInvalidParameter;
     if (passFiles_.count(path) != 0) return kOk;
-    const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(path);
-    if (!system) return kInvalidParameter;
-    struct stat status;
-    if (lstat(system->c_str(), &status) == 0) return kAlreadyExists;
+    const bool seenVacant = path == vacantPath_;
+    vacantPath_.clear();
+    if (!seenVacant) {
+        const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(path);
+        if (!system) return kInvalidParameter;
+        struct stat status;
+        if (lstat(system->c_str(), &status) == 0) return kAlreadyExists;
+    }
     if (const ResultCode code = Note(journal::kCreatedFile, path)) return code;
     record.createdFiles.push_back(path);
     passFiles_.insert(path);
@@ -171,6 +191,7 @@ ResultCode InstallTransaction::AddCreatedFile(const stdx::u16string& path) {
 }
 
 ResultCode InstallTransaction::DeleteTree(const stdx::u16string& directory) {
+    vacantPath_.clear();
     if (!directory.empty()) FileSystem::DeleteDirectory(directory);
     return kOk;
 }
@@ -187,6 +208,7 @@ ResultCode InstallTransaction::Commit() {
 
 void InstallTransaction::RestoreTree(const stdx::u16string& targetDirectory,
                                      const stdx::u16string& backupDirectory) {
+    vacantPath_.clear();
     UndoReport ignored;
     RestoreBackup(targetDirectory, backupDirectory, nullptr, false, ignored);
 }
@@ -211,4 +233,6 @@ void InstallTransaction::EndPass(bool removeJournal) {
     targetLock_ = -1;
     open_ = false;
     passFiles_.clear();
+    knownDirectories_.clear();
+    vacantPath_.clear();
 }

@@ -68,7 +68,9 @@ class InstallTransaction {
     // Notes a file the pass is about to create, to be removed on rollback. 0 (also when
     // it is already noted or was backed up), 183 when something the pass did not make is
     // at `path` (not noted: a rollback must not remove it), 87 outside the target or
-    // without an open record, 1013 when the journal cannot take it.
+    // without an open record, 1013 when the journal cannot take it. Right after a
+    // BackupFile that found nothing at `path` (with at most the folders leading to it made
+    // in between), that look stands for its own.
     ResultCode AddCreatedFile(const stdx::u16string& path);
     // Removes `directory` and everything below it. Always 0.
     ResultCode DeleteTree(const stdx::u16string& directory);
@@ -100,4 +102,10 @@ class InstallTransaction {
     int targetLock_ = -1;  // descriptor holding the lock tied to the templates directory
     bool open_ = false;    // the last record was begun and is neither committed nor rolled back
     std::set<stdx::u16string> passFiles_;  // paths the open record backed up or created
+    // Folders the open record made or saw as folders: asked again for every file in them,
+    // they are answered without a stat. One removed meanwhile fails the file's open.
+    std::set<stdx::u16string> knownDirectories_;
+    // The path the last BackupFile found nothing at; AddCreatedFile for the same path,
+    // which the pass calls next with only its folder made in between, needs no second look.
+    stdx::u16string vacantPath_;
 };
