@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "app/string_catalogue.h"
+#include "tests/support/test_support.h"
 
 namespace {
 
@@ -21,18 +20,14 @@ StartupChoices Choose(const std::string& args, const std::string& locale, const 
     for (std::string word; split >> word;) words.push_back(word);
     std::vector<const char*> argv;
     for (const std::string& word : words) argv.push_back(word.c_str());
-    const int argc = static_cast<int>(argv.size());
     argv.push_back(nullptr);
-    return ChooseStartup(argc, argv.data(), locale, lang);
+    return ChooseStartup(int(argv.size()) - 1, argv.data(), locale, lang);
 }
 
 TEST(StartupChoices, FollowTheCommandLineThenTheLocale) {
     struct Case {
-        const char* args;
-        const char* locale;
-        const char* lang;  // LANG before start-up; nullptr: unset
-        bool useCwd;
-        bool silent;
+        const char *args, *locale, *lang;  // lang: LANG before start-up; nullptr: unset
+        bool useCwd, silent;
         std::int32_t id;
         const char16_t* languageName;
         const char* langToSet;  // nullptr: LANG is left alone
@@ -75,10 +70,7 @@ TEST(StartupChoices, FollowTheCommandLineThenTheLocale) {
 }
 
 TEST(ApplyStartupChoices, SetsLangOnlyWhenAskedAndReturnsTheChosenTitle) {
-    const char* before = std::getenv("LANG");
-    const std::optional<std::string> saved =
-        before ? std::optional<std::string>(before) : std::nullopt;
-    unsetenv("LANG");
+    const ScopedEnvironment lang("LANG", std::nullopt);
     const auto title = [](std::int32_t id) {
         return CatalogueLanguages().at(id).texts.at("IDS_TITLE_INSTALLER");
     };
@@ -87,11 +79,6 @@ TEST(ApplyStartupChoices, SetsLangOnlyWhenAskedAndReturnsTheChosenTitle) {
     EXPECT_EQ(CurrentLanguage(), 6);
     EXPECT_EQ(ApplyStartupChoices(Choose("/Lel", "de_DE", "C")), title(13));
     EXPECT_STREQ(std::getenv("LANG"), "bg_BG.UTF-8");
-
-    if (saved)
-        setenv("LANG", saved->c_str(), 1);
-    else
-        unsetenv("LANG");
     SetLanguage(kDefaultLanguageId);
 }
 

@@ -13,8 +13,9 @@
 #include "install/recovery.h"
 #include "tests/support/test_support.h"
 
-// A file's contents or a link's target, the mode, and a file's modification time (a
-// folder's changes with its entries), by path relative to the root.
+// A file's contents or a link's target, the mode, and a file's modification time or a
+// folder's inode (its time changes with its entries; a folder moved aside and made again
+// is a new one), by path relative to the root.
 using Tree = std::map<std::string, std::tuple<std::string, mode_t, time_t>>;
 
 inline Tree Snapshot(const std::string& root) {
@@ -24,8 +25,10 @@ inline Tree Snapshot(const std::string& root) {
         const struct stat status = StatOf(entry.path());
         std::string bytes = entry.is_symlink() ? read_symlink(entry.path()).string() : "";
         if (S_ISREG(status.st_mode)) bytes = ReadText(entry.path());
-        tree[entry.path().string().substr(root.size())] = {
-            bytes, status.st_mode, S_ISREG(status.st_mode) ? status.st_mtime : 0};
+        tree[entry.path().string().substr(root.size())] = {bytes, status.st_mode,
+                                                           S_ISREG(status.st_mode) ? status.st_mtime
+                                                           : S_ISDIR(status.st_mode) ? status.st_ino
+                                                                                     : 0};
     }
     return tree;
 }
