@@ -136,10 +136,11 @@ void Measure(const char* label, const std::string& kitPath, const std::string& s
             if (RunInstallation(&data) != kOk) Fail("the pass failed");
         }));
         again.push_back(Seconds([&] { RunInstallation(&data); }));
-        for (auto [kind, times] : {std::pair{true, &kernel}, std::pair{false, &buffered}}) {
-            const std::string folder = base + (kind ? "-kernel" : "-buffer");
+        for (const auto& run : {std::pair{true, &kernel}, std::pair{false, &buffered}}) {
+            const bool byKernel = run.first;
+            const std::string folder = base + (byKernel ? "-kernel" : "-buffer");
             std::filesystem::create_directories(folder);
-            times->push_back(Seconds([&] { CopyAll(kit, folder, kind); }));
+            run.second->push_back(Seconds([&] { CopyAll(kit, folder, byKernel); }));
         }
         std::filesystem::remove_all(templates);
         for (const char* kind : {"-kernel", "-buffer"}) std::filesystem::remove_all(base + kind);
