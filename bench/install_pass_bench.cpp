@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "app/string_catalogue.h"
+#include "bench/bench_kit.h"
 #include "install/install_process_data.h"
 #include "install/install_thread.h"
 #include "kit/kit_format.h"
@@ -44,23 +45,8 @@ using Clock = std::chrono::steady_clock;
 
 // Writes a kit of files of the given sizes (words broken by noise, deflate level 1).
 void WriteKit(const std::string& path, const std::vector<std::uint32_t>& sizes) {
-    std::vector<kittool::KitFile> entries;
-    std::uint64_t offset = 0;
-    for (std::size_t i = 0; i < sizes.size(); ++i) {
-        kittool::KitFile entry;
-        const std::string name =
-            "reports\\dept-" + std::to_string(i % 97) + "\\summary-" + std::to_string(i) + ".txt";
-        const std::u16string units(name.begin(), name.end());
-        entry.name.assign(units.data(), units.size());
-        entry.modificationTime = 133534728000000000ull;
-        entry.offset = static_cast<std::uint32_t>(offset);
-        entry.size = sizes[i];
-        offset += sizes[i];
-        entries.push_back(std::move(entry));
-    }
-    if (offset > kitformat::kLargestInflatedKit) Fail("kit too large");
-    const std::vector<unsigned char> tables = kittool::encode_kit_tables(
-        kitformat::kMultiLanguageLayout, {{u"en", u"Templates", u"Works", u""}}, entries);
+    const std::vector<unsigned char> tables = BenchKitTables(sizes);
+    if (tables.empty()) Fail("kit too large");
     std::FILE* kit = std::fopen(path.c_str(), "wb");
     kittool::RawDeflateWriter deflater;
     std::string error;

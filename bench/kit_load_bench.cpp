@@ -30,6 +30,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_kit.h"
 #include "fs/file_system.h"
 #include "kit/install_data.h"
 #include "kit/kit_format.h"
@@ -151,25 +152,8 @@ struct KitPaths {
 // deflater (level 6, the tool's), its inflated bytes, and a gzip of those.
 KitPaths WriteKit(const std::string& base, const std::vector<std::uint32_t>& sizes, Random& random,
                   unsigned noisePercent, bool withGzip) {
-    std::vector<kittool::KitFile> entries;
-    std::uint64_t offset = 0;
-    for (std::size_t i = 0; i < sizes.size(); ++i) {
-        kittool::KitFile entry;
-        const std::string name = "reports\\dept-" + std::to_string(i % 97) + "\\monthly-summary-" +
-                                 std::to_string(i) + ".txt";
-        const std::u16string units(name.begin(), name.end());
-        entry.name.assign(units.data(), units.size());
-        entry.modificationTime = 133534728000000000ull;
-        entry.offset = static_cast<std::uint32_t>(offset);
-        entry.size = sizes[i];
-        offset += sizes[i];
-        entries.push_back(std::move(entry));
-    }
-    if (offset > kitformat::kLargestInflatedKit) Fail("kit too large");
-    const std::vector<config::ProductInfo> products = {
-        {u"en", u"Report Templates", u"Example Works", u""}};
-    const std::vector<unsigned char> tables =
-        kittool::encode_kit_tables(kitformat::kMultiLanguageLayout, products, entries);
+    const std::vector<unsigned char> tables = BenchKitTables(sizes);
+    if (tables.empty()) Fail("kit too large");
 
     KitPaths paths{base + ".dkz", base + ".inflated", base + ".gz"};
     std::FILE* kit = std::fopen(paths.kit.c_str(), "wb");
