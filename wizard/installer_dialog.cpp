@@ -34,11 +34,11 @@ CInstallerDlg::CInstallerDlg(int argc, char** argv, bool silent, std::string tit
 
 CInstallerDlg::~CInstallerDlg() { StopInstallation(); }
 
-bool CInstallerDlg::Prepare(MessageSink& messages) {
+bool CInstallerDlg::Prepare(MessageSink& messages, const std::optional<stdx::u16string>& kitPath) {
     // Before the directory is proposed: an interrupted pass may still hide the user's
     // originals there.
     RecoverInterruptedPasses(config::product_settings_folder(), RecoveryMode::kUndo);
-    if (!PrepareInstallation(session_, messages)) return false;
+    if (!PrepareInstallation(session_, messages, kitPath)) return false;
     targetDir_ = session_.templates.directory;
     return true;
 }
