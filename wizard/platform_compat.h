@@ -13,6 +13,30 @@ inline constexpr char kDocumentOpener[] = "xdg-open";
 #if defined(__OBJC__)
 #import <AppKit/AppKit.h>
 
+// The window is written with the names macOS has used since 10.12 (the older ones are
+// deprecated there, and deprecation warnings fail our build); GNUstep 0.29 still lacks
+// some of them, so they are mapped to its older names with the same values.
+#if !defined(__APPLE__)
+#define NSButtonTypeSwitch NSSwitchButton
+#define NSButtonTypeMomentaryLight NSMomentaryLightButton
+#define NSBezelStyleRounded NSRoundedBezelStyle
+#define NSEventMaskAny NSAnyEventMask
+#define NSEventTypeKeyDown NSKeyDown
+#define NSEventTypeLeftMouseDown NSLeftMouseDown
+#define NSEventTypeLeftMouseUp NSLeftMouseUp
+#define NSEventTypeRightMouseDown NSRightMouseDown
+#define NSEventTypeRightMouseUp NSRightMouseUp
+#define NSEventTypeOtherMouseDown NSOtherMouseDown
+#define NSEventTypeOtherMouseUp NSOtherMouseUp
+#define NSEventTypeMouseMoved NSMouseMoved
+#define NSEventTypeLeftMouseDragged NSLeftMouseDragged
+#define NSEventTypeRightMouseDragged NSRightMouseDragged
+#define NSEventTypeOtherMouseDragged NSOtherMouseDragged
+#define NSEventTypeMouseEntered NSMouseEntered
+#define NSEventTypeMouseExited NSMouseExited
+#define NSEventTypeScrollWheel NSScrollWheel
+#endif
+
 // GNUstep's compiler here (g++) has no blocks, so a block-taking call such as the open
 // panel's sheet cannot be written there; macOS's clang has them.
 #if defined(__APPLE__) && defined(__BLOCKS__)
