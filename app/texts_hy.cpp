@@ -7,7 +7,7 @@ namespace app {
 LanguageTexts ArmenianTexts() {
     LanguageTexts t;
     t.wizardBack = "< Հետ";
-    t.wizardNext = "Հաջորդը >";
+    t.wizardNext = "Առաջ >";
     t.wizardFinish = "Ավարտել";
     t.wizardCancel = "Չեղարկել";
     t.acceptCancel = "Իսկապե՞ս ցանկանում եք չեղարկել տեղադրումը։";
