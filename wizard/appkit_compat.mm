@@ -70,6 +70,13 @@ void SetAlertText(NSAlert* alert, NSString* text, NSString* title) {
 #endif
 }
 
+void MakeDefaultButton(NSButton* button) {
+    [button setKeyEquivalent:@"\r"];
+#if !defined(__APPLE__)
+    [button setImage:nil];
+#endif
+}
+
 void BecomeRegularApplication() {
 #if defined(__APPLE__)
     [NSApp setActivationPolicy:NSApplicationActivationPolicyRegular];

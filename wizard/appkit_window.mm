@@ -3,15 +3,12 @@
 #include "app/string_catalogue.h"
 #include "assets/page_images.h"
 #include "text/utf8.h"
+#include "wizard/appkit_controls.h"
 #include "wizard/installer_dialog.h"
 #include "wizard/message_box.h"
 #include "wizard/window_layout.h"
 
 namespace {
-
-NSRect ToRect(const Frame& frame) {
-    return NSMakeRect(frame.x, frame.y, frame.width, frame.height);
-}
 
 NSImage* ImageFrom(ImageBytes bytes) {
     NSData* data = [NSData dataWithBytes:bytes.data length:bytes.size];
@@ -19,17 +16,6 @@ NSImage* ImageFrom(ImageBytes bytes) {
 }
 
 NSString* Catalogue(const char* key) { return ToNSString(LoadString(key)); }
-
-// Read-only text on the white window.
-NSTextField* MakeLabel(const Frame& frame, bool wraps) {
-    NSTextField* field = [[[NSTextField alloc] initWithFrame:ToRect(frame)] autorelease];
-    [field setEditable:NO];
-    [field setBordered:NO];
-    [field setBezeled:NO];
-    [field setDrawsBackground:NO];
-    [[field cell] setWraps:wraps];
-    return field;
-}
 
 NSImageView* MakeSideImage(NSImage* image) {
     NSImageView* view =
@@ -172,7 +158,7 @@ SuccessFinalPage::SuccessFinalPage(NSView* contentView, NSImage* pageImage,
                                    const stdx::u16string& text)
     : MessagePage(contentView, pageImage, text) {
     checkBox_ = [[[NSButton alloc] initWithFrame:ToRect(layout::kOpenDescriptionBox)] autorelease];
-    [checkBox_ setButtonType:NSButtonTypeSwitch];
+    StyleCheckBox(checkBox_);
     [checkBox_ setTitle:Catalogue("IDS_SUCCESS_OPENDESCR")];
     [checkBox_ setState:NSControlStateValueOn];
     Add(contentView, checkBox_);
@@ -272,8 +258,7 @@ AppKitWizardWindow::AppKitWizardWindow(CInstallerDlg& dlg) : dlg_(dlg) {
     for (const ButtonSpec& spec : buttons) {
         ExtNSButton* button = [[[ExtNSButton alloc] initWithFrameAndDlg:ToRect(spec.frame)
                                                                     dlg:&dlg] autorelease];
-        [button setButtonType:NSButtonTypeMomentaryLight];
-        [button setBezelStyle:NSBezelStyleRounded];
+        StyleWizardButton(button);
         [button setTitle:Catalogue(spec.key)];
         [button setTarget:button];
         [button setAction:spec.action];
@@ -281,7 +266,7 @@ AppKitWizardWindow::AppKitWizardWindow(CInstallerDlg& dlg) : dlg_(dlg) {
         *spec.button = button;
     }
     // Return presses Next (and Finish), as in every wizard.
-    [nextButton_ setKeyEquivalent:@"\r"];
+    MakeDefaultButton(nextButton_);
     pageImage_ = [ImageFrom(SideImage()) retain];
     [window_ makeKeyAndOrderFront:nil];
 }

@@ -61,6 +61,10 @@ void PrepareAlertWindow(NSAlert* alert, NSString* title, id delegate);
 // there the message goes below, where it wraps, under the dialog's title as heading.
 void SetAlertText(NSAlert* alert, NSString* text, NSString* title);
 
+// Return presses `button`. GNUstep also draws a return-arrow image beside the title of
+// such a button, which would take 16 of its points from the title: it is left out.
+void MakeDefaultButton(NSButton* button);
+
 // The app becomes a regular one with a menu bar and Dock icon. GNUstep has no
 // activation policy; there it hides its separate app-icon window instead.
 void BecomeRegularApplication();

@@ -1,7 +1,6 @@
 // Every text of the window's fixed-size controls fits its control, in every language of
 // the catalogue. Each control is made as wizard/appkit_window.mm makes it and measured
 // by its own cell, so the bezel's padding and the control's font count as on screen.
-#import <AppKit/AppKit.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +9,7 @@
 #include <vector>
 
 #include "app/string_catalogue.h"
-#include "wizard/window_layout.h"
+#include "wizard/appkit_controls.h"
 
 namespace {
 
@@ -23,32 +22,16 @@ NSString* ToNSString(const stdx::u16string& text) {
                                    length:text.size()];
 }
 
-NSRect ToRect(const Frame& frame) {
-    return NSMakeRect(frame.x, frame.y, frame.width, frame.height);
-}
-
-// The controls, made with the classes and settings the window gives them.
 NSControl* MakeWizardButton(const Frame& frame) {
     NSButton* button = [[[NSButton alloc] initWithFrame:ToRect(frame)] autorelease];
-    [button setButtonType:NSMomentaryLightButton];
-    [button setBezelStyle:NSRoundedBezelStyle];
+    StyleWizardButton(button);
     return button;
 }
 
 NSControl* MakeCheckBox(const Frame& frame) {
     NSButton* box = [[[NSButton alloc] initWithFrame:ToRect(frame)] autorelease];
-    [box setButtonType:NSSwitchButton];
+    StyleCheckBox(box);
     return box;
-}
-
-NSControl* MakeLabel(const Frame& frame, bool wraps) {
-    NSTextField* field = [[[NSTextField alloc] initWithFrame:ToRect(frame)] autorelease];
-    [field setEditable:NO];
-    [field setBordered:NO];
-    [field setBezeled:NO];
-    [field setDrawsBackground:NO];
-    [[field cell] setWraps:wraps];
-    return field;
 }
 
 struct Control {
