@@ -96,16 +96,23 @@ TEST(Install, ReplacesOlderKeepsNewerAndChangesNothingWhenRepeatedOrDry) {
     EXPECT_EQ(Snapshot(t), installed);
 }
 
-TEST(Install, RefusesAnEmptyOrRelativeDirectoryInTheChosenLanguage) {
+// Also refused: an empty HOME, whose paths would all fall back to "/".
+TEST(Install, RefusesAnEmptyOrRelativeDirectoryInTheChosenLanguageOrAnUnknownHome) {
     User user;
     const std::string kit = WriteKit(user);
     const std::string english = "Specify correct path to template directory.",
                       german = "Geben Sie einen gültigen Pfad zum Vorlagenverzeichnis an.";
-    const std::pair<std::vector<std::string>, std::string> cases[] = {
-        {{"install", kit, ""}, english},
-        {{"install", kit, "templates"}, english},
-        {{"install", "--lang", "de", kit, "~x"}, german}};
-    for (const auto& [args, message] : cases) {
+    const struct {
+        std::vector<std::string> args;
+        std::string message;
+        std::optional<std::string> home = std::nullopt;  // none: the user's
+    } cases[] = {{{"install", kit, ""}, english},
+                 {{"install", kit, "templates"}, english},
+                 {{"install", "--lang", "de", kit, "~x"}, german},
+                 {{"install", kit}, "the home directory is unknown; set HOME", ""}};
+    for (const auto& [args, message, home] : cases) {
+        std::optional<ScopedEnvironment> otherHome;
+        if (home) otherHome.emplace("HOME", *home);
         const Ran ran = RunTool(user, args);
         EXPECT_EQ(ran.status, 1);
         EXPECT_EQ(ran.err, "ord8kit: " + message + "\n");
