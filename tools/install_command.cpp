@@ -206,14 +206,14 @@ std::vector<std::string> DescribeRecovery(const RecoveryReport& report, bool dry
 // naming some other path, or, run as root, folders made in "/". Nothing when unknown,
 // which has been said.
 std::optional<stdx::u16string> SettingsFolder() {
-    const stdx::u16string home = config::home_directory();
-    const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(home);
-    struct stat status {};
-    if (!home.empty() && system && stat(system->c_str(), &status) == 0 && S_ISDIR(status.st_mode))
-        return config::product_settings_folder();
-    Tell("the home directory is unknown" +
-         (home.empty() ? std::string() : ": " + Shown(home) + " is not a folder") + "; set HOME");
-    return std::nullopt;
+    std::optional<stdx::u16string> folder = config::existing_settings_folder();
+    if (!folder) {
+        const stdx::u16string home = config::home_directory();
+        Tell("the home directory is unknown" +
+             (home.empty() ? std::string() : ": " + Shown(home) + " is not a folder") +
+             "; set HOME");
+    }
+    return folder;
 }
 
 std::string Iso(std::int64_t unixSeconds) {

@@ -99,6 +99,7 @@ class CInstallerDlg {
     InstallProcessData processData_;
     InstallerSession session_;  // kit path, templates choice, loaded kit
     stdx::u16string targetDir_;
+    stdx::u16string journalFolder_;  // where passes keep their journals; empty: none
     stdx::u16string languageName_;
     std::int32_t pageState_ = kStateNone;
     bool confirmCancel_ = true;
