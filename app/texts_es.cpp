@@ -26,7 +26,7 @@ LanguageTexts SpanishTexts() {
     t.defProduct = "<Producto>";
     t.defProvider = "<Proveedor>";
     t.successFinish = "La configuración se instaló correctamente.";
-    t.successOpenDescr = "Abrir la descripción del paquete de distribución";
+    t.successOpenDescr = "Abrir la descripción del paquete";
     t.progressStart = "Copiando archivos...";
     t.errorFinish =
         "Se produjo un error durante el proceso de instalación. Instalación cancelada. El "

@@ -7,7 +7,7 @@ namespace app {
 LanguageTexts ArmenianTexts() {
     LanguageTexts t;
     t.wizardBack = "< Հետ";
-    t.wizardNext = "Հաջորդը >";
+    t.wizardNext = "Առաջ >";
     t.wizardFinish = "Ավարտել";
     t.wizardCancel = "Չեղարկել";
     t.acceptCancel = "Իսկապե՞ս ցանկանում եք չեղարկել տեղադրումը։";
@@ -27,7 +27,7 @@ LanguageTexts ArmenianTexts() {
     t.defProduct = "<Արտադրանք>";
     t.defProvider = "<Մատակարար>";
     t.successFinish = "Կազմաձևումը հաջողությամբ տեղադրվեց։";
-    t.successOpenDescr = "Բացել բաշխման փաթեթի նկարագրությունը";
+    t.successOpenDescr = "Բացել փաթեթի նկարագրությունը";
     t.progressStart = "Ֆայլերը պատճենվում են...";
     t.errorFinish =
         "Տեղադրման ընթացքում սխալ է տեղի ունեցել։ Տեղադրումը չեղարկված է։ Ձևանմուշների "

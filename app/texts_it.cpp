@@ -26,7 +26,7 @@ LanguageTexts ItalianTexts() {
     t.defProduct = "<Prodotto>";
     t.defProvider = "<Fornitore>";
     t.successFinish = "Configurazione installata correttamente.";
-    t.successOpenDescr = "Apri la descrizione del pacchetto di distribuzione";
+    t.successOpenDescr = "Apri la descrizione del pacchetto";
     t.progressStart = "Copia dei file in corso...";
     t.errorFinish =
         "Si è verificato un errore durante il processo di installazione. Installazione "

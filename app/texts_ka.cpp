@@ -7,7 +7,7 @@ LanguageTexts GeorgianTexts() {
     LanguageTexts t;
     t.wizardBack = "< უკან";
     t.wizardNext = "შემდეგი >";
-    t.wizardFinish = "დასრულება";
+    t.wizardFinish = "მზადაა";
     t.wizardCancel = "გაუქმება";
     t.acceptCancel = "ნამდვილად გსურთ ინსტალაციის გაუქმება?";
     t.titleInstaller = "კონფიგურაციის ინსტალაცია";

@@ -6,7 +6,7 @@ namespace app {
 LanguageTexts VietnameseTexts() {
     LanguageTexts t;
     t.wizardBack = "< Quay lại";
-    t.wizardNext = "Tiếp theo >";
+    t.wizardNext = "Tiếp >";
     t.wizardFinish = "Hoàn tất";
     t.wizardCancel = "Hủy";
     t.acceptCancel = "Bạn có thực sự muốn hủy cài đặt không?";

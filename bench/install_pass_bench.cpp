@@ -163,7 +163,11 @@ int main(int argc, char** argv) {
         if (target == nullptr) Fail("unknown option " + option);
         *target = std::atoi(argv[i + 1]);
     }
-    std::string scratch = dir + "/install-pass-bench-XXXXXX";
+    // The pass takes only a clean absolute target, so "--dir ." or "../x" is resolved here.
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::canonical(dir, error);
+    if (error) Fail("cannot find " + dir);
+    std::string scratch = (folder / "install-pass-bench-XXXXXX").string();
     if (mkdtemp(scratch.data()) == nullptr) Fail("cannot make a scratch folder in " + dir);
     std::filesystem::create_directory(scratch + "/tmp");
     setenv("TMPDIR", (scratch + "/tmp").c_str(), 1);

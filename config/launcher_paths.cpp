@@ -1,5 +1,6 @@
 #include "config/launcher_paths.h"
 
+#include <sys/stat.h>
 #include <wordexp.h>
 
 #include "fs/file_system.h"
@@ -27,6 +28,15 @@ stdx::u16string home_directory() {
 }
 
 stdx::u16string product_settings_folder() { return home_directory() + u"/" + u".ord8" + u"/"; }
+
+std::optional<stdx::u16string> existing_settings_folder() {
+    const stdx::u16string home = home_directory();
+    const std::optional<stdx::mbstring> system = FileSystem::ToSystemPath(home);
+    struct stat status {};
+    if (home.empty() || !system || stat(system->c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+        return std::nullopt;
+    return product_settings_folder();
+}
 
 stdx::u16string launcher_folder() { return home_directory() + u"/" + u".Tavri/ostart"; }
 

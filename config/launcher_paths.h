@@ -3,6 +3,8 @@
 // the home directory on each call; "/" is the only separator used in joining.
 #pragma once
 
+#include <optional>
+
 #include "text/string.h"
 
 namespace config {
@@ -11,7 +13,10 @@ namespace config {
 // which case every path below starts with "/".
 stdx::u16string home_directory();
 
-stdx::u16string product_settings_folder();         // home/.ord8/
+stdx::u16string product_settings_folder();  // home/.ord8/
+// product_settings_folder() when the home directory is known and is a folder; nothing
+// otherwise, so that no journal is ever kept in "/.ord8/".
+std::optional<stdx::u16string> existing_settings_folder();
 stdx::u16string launcher_folder();                 // home/.Tavri/ostart
 stdx::u16string launcher_config_path();            // launcher_folder()/ostart.cfg
 stdx::u16string alternate_launcher_folder();       // home/.Tavri/ostartt (the doubled t is real)

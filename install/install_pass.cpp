@@ -3,7 +3,10 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <optional>
+#include <thread>
 
 #include "app/string_catalogue.h"
 #include "install/install_transaction.h"
@@ -15,6 +18,31 @@ using Kit = InstallProcessData::Kit;
 // How much of a large file is copied between two looks at the cancel flag: small
 // enough that a cancel takes effect within a moment, large enough to cost nothing.
 constexpr std::uint32_t kCancelCheckBytes = 8u << 20;
+
+// The window tests' hold: bounded, so a test that never cancels still ends.
+constexpr char kHoldVariable[] = "ORD8_TEST_HOLD_AT_FILE";
+constexpr std::chrono::milliseconds kHoldPoll{10};
+constexpr std::chrono::seconds kHoldLimit{120};
+
+// The 1-based file to hold before, or 0. Anything but a plain positive number is no hold,
+// so a stray value can never stop a real installation.
+std::size_t HoldAtFile() {
+    const char* value = std::getenv(kHoldVariable);
+    if (value == nullptr || *value < '1' || *value > '9') return 0;
+    char* end = nullptr;
+    const unsigned long long file = std::strtoull(value, &end, 10);
+    return *end == '\0' && file <= SIZE_MAX ? static_cast<std::size_t>(file) : 0;
+}
+
+// True once cancelled; false when the hold ran out and the pass goes on.
+bool HoldUntilCancelled(InstallProcessData* processData) {
+    const auto deadline = std::chrono::steady_clock::now() + kHoldLimit;
+    while (!processData->IsCancelled()) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(kHoldPoll);
+    }
+    return true;
+}
 
 // One stat, following links as opening the path would: whether a file is there, what
 // kind, how old and how large. Nothing when it cannot be seen.
@@ -149,6 +177,7 @@ ResultCode InstallFiles(InstallTransaction& transaction, InstallProcessData* pro
     // Each file is judged once, before anything is written: the same look decides
     // whether it is kept and how much room the pass needs.
     const std::size_t count = kit->files.size();
+    const std::size_t holdAt = HoldAtFile();
     std::vector<bool> kept(count);
     std::vector<FileRoom> room(count);  // none for kept files
     for (std::size_t i = 0; i < count; ++i) {
@@ -167,6 +196,8 @@ ResultCode InstallFiles(InstallTransaction& transaction, InstallProcessData* pro
         const stdx::u16string path = TargetPath(targetDirectory, kit->files[i].name);
         const std::int32_t progress = Percent(i, count);
         processData->SetFileStatus(path, progress);
+        if (i + 1 == holdAt && HoldUntilCancelled(processData))
+            return CancelPass(transaction, processData);
         if (kept[i]) continue;
         code = transaction.BackupFile(path);
         if (code != kOk && code != kFileNotFound)

@@ -5,7 +5,8 @@
 // made, so that a failure or a cancel puts the directory back as it was. It checks that
 // the volume has room before the first file, and publishes its progress, its end and
 // its failures through InstallProcessData. It neither starts threads nor touches the
-// window (install/install_thread.h runs it).
+// window (install/install_thread.h runs it). For tests only: with ORD8_TEST_HOLD_AT_FILE=n
+// (n > 0) the pass, after publishing file n's status, waits up to 120 s for a cancel.
 //
 // Threads: a pass runs on one thread; another thread may poll the status and cancel.
 #pragma once

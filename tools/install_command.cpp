@@ -201,6 +201,21 @@ std::vector<std::string> DescribeRecovery(const RecoveryReport& report, bool dry
     return lines;
 }
 
+// The journals, the proposed templates directory and the launcher file all live in the
+// home directory. Without one each would fall back to the root directory: a failure
+// naming some other path, or, run as root, folders made in "/". Nothing when unknown,
+// which has been said.
+std::optional<stdx::u16string> SettingsFolder() {
+    std::optional<stdx::u16string> folder = config::existing_settings_folder();
+    if (!folder) {
+        const stdx::u16string home = config::home_directory();
+        Tell("the home directory is unknown" +
+             (home.empty() ? std::string() : ": " + Shown(home) + " is not a folder") +
+             "; set HOME");
+    }
+    return folder;
+}
+
 std::string Iso(std::int64_t unixSeconds) {
     return file_time_to_iso(FileSystem::UnixTimeToFileTime(unixSeconds));
 }
@@ -344,6 +359,8 @@ int Install(const InstallOptions& options) {
     ChooseLanguage(options.language);
     SignalScope signals;
     gSignal.store(0);
+    const std::optional<stdx::u16string> settings = SettingsFolder();
+    if (!settings) return kExitFailed;
     const auto refuseDirectory = [] {
         Tell(ToUtf8(LoadString("IDS_SETUP_EMPTYTARGET")));
         return kExitFailed;
@@ -362,7 +379,7 @@ int Install(const InstallOptions& options) {
     if (!target) target = ChosenTemplatesDirectory(session.templates.directory);
     if (!target) return refuseDirectory();
 
-    const stdx::u16string journalFolder = config::product_settings_folder();
+    const stdx::u16string& journalFolder = *settings;
     InstallProcessData data;
     data.Init();
     data.SetJob(&session.installData, *target, journalFolder);
@@ -421,8 +438,9 @@ int Install(const InstallOptions& options) {
 }
 
 int Recover() {
-    const RecoveryReport report =
-        RecoverInterruptedPasses(config::product_settings_folder(), RecoveryMode::kUndo);
+    const std::optional<stdx::u16string> settings = SettingsFolder();
+    if (!settings) return kExitFailed;
+    const RecoveryReport report = RecoverInterruptedPasses(*settings, RecoveryMode::kUndo);
     bool left = false;
     for (const std::string& line : DescribeRecovery(report, false, true, left))
         std::printf("%s\n", line.c_str());

@@ -45,7 +45,7 @@ void RunFolderPanel(NSOpenPanel* panel, NSWindow* window,
 void PrepareAlertWindow(NSAlert* alert, NSString* title, id delegate) {
 #if defined(__APPLE__)
     NSWindow* window = [alert window];
-    [window setStyleMask:NSTitledWindowMask | NSClosableWindowMask];
+    [window setStyleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable];
     [window setDelegate:delegate];
     if (title != nil) [window setTitle:title];
 #else
@@ -70,6 +70,13 @@ void SetAlertText(NSAlert* alert, NSString* text, NSString* title) {
 #endif
 }
 
+void MakeDefaultButton(NSButton* button) {
+    [button setKeyEquivalent:@"\r"];
+#if !defined(__APPLE__)
+    [button setImage:nil];
+#endif
+}
+
 void BecomeRegularApplication() {
 #if defined(__APPLE__)
     [NSApp setActivationPolicy:NSApplicationActivationPolicyRegular];
@@ -81,7 +88,7 @@ void BecomeRegularApplication() {
 }
 
 bool IsEscapeKey(NSEvent* event) {
-    if ([event type] != NSKeyDown) return false;
+    if ([event type] != NSEventTypeKeyDown) return false;
     NSString* characters = [event characters];
     return [characters length] == 1 && [characters characterAtIndex:0] == 0x1B;
 }

@@ -3,15 +3,12 @@
 #include "app/string_catalogue.h"
 #include "assets/page_images.h"
 #include "text/utf8.h"
+#include "wizard/appkit_controls.h"
 #include "wizard/installer_dialog.h"
 #include "wizard/message_box.h"
 #include "wizard/window_layout.h"
 
 namespace {
-
-NSRect ToRect(const Frame& frame) {
-    return NSMakeRect(frame.x, frame.y, frame.width, frame.height);
-}
 
 NSImage* ImageFrom(ImageBytes bytes) {
     NSData* data = [NSData dataWithBytes:bytes.data length:bytes.size];
@@ -19,17 +16,6 @@ NSImage* ImageFrom(ImageBytes bytes) {
 }
 
 NSString* Catalogue(const char* key) { return ToNSString(LoadString(key)); }
-
-// Read-only text on the white window.
-NSTextField* MakeLabel(const Frame& frame, bool wraps) {
-    NSTextField* field = [[[NSTextField alloc] initWithFrame:ToRect(frame)] autorelease];
-    [field setEditable:NO];
-    [field setBordered:NO];
-    [field setBezeled:NO];
-    [field setDrawsBackground:NO];
-    [[field cell] setWraps:wraps];
-    return field;
-}
 
 NSImageView* MakeSideImage(NSImage* image) {
     NSImageView* view =
@@ -42,19 +28,19 @@ NSImageView* MakeSideImage(NSImage* image) {
 
 bool HasLocation(NSEventType type) {
     switch (type) {
-        case NSLeftMouseDown:
-        case NSLeftMouseUp:
-        case NSRightMouseDown:
-        case NSRightMouseUp:
-        case NSOtherMouseDown:
-        case NSOtherMouseUp:
-        case NSMouseMoved:
-        case NSLeftMouseDragged:
-        case NSRightMouseDragged:
-        case NSOtherMouseDragged:
-        case NSMouseEntered:
-        case NSMouseExited:
-        case NSScrollWheel:
+        case NSEventTypeLeftMouseDown:
+        case NSEventTypeLeftMouseUp:
+        case NSEventTypeRightMouseDown:
+        case NSEventTypeRightMouseUp:
+        case NSEventTypeOtherMouseDown:
+        case NSEventTypeOtherMouseUp:
+        case NSEventTypeMouseMoved:
+        case NSEventTypeLeftMouseDragged:
+        case NSEventTypeRightMouseDragged:
+        case NSEventTypeOtherMouseDragged:
+        case NSEventTypeMouseEntered:
+        case NSEventTypeMouseExited:
+        case NSEventTypeScrollWheel:
             return true;
         default:
             return false;
@@ -62,8 +48,8 @@ bool HasLocation(NSEventType type) {
 }
 
 void BrowseFinished(NSOpenPanel* panel, NSInteger result, void* context) {
-    if (result == NSOKButton)
-        [static_cast<DirSelectPage*>(context)->pathField() setStringValue:[panel filename]];
+    if (result == NSModalResponseOK)
+        [static_cast<DirSelectPage*>(context)->pathField() setStringValue:[[panel URL] path]];
     [panel release];
 }
 
@@ -172,13 +158,13 @@ SuccessFinalPage::SuccessFinalPage(NSView* contentView, NSImage* pageImage,
                                    const stdx::u16string& text)
     : MessagePage(contentView, pageImage, text) {
     checkBox_ = [[[NSButton alloc] initWithFrame:ToRect(layout::kOpenDescriptionBox)] autorelease];
-    [checkBox_ setButtonType:NSSwitchButton];
+    StyleCheckBox(checkBox_);
     [checkBox_ setTitle:Catalogue("IDS_SUCCESS_OPENDESCR")];
-    [checkBox_ setState:NSOnState];
+    [checkBox_ setState:NSControlStateValueOn];
     Add(contentView, checkBox_);
 }
 
-bool SuccessFinalPage::Checked() const { return [checkBox_ state] == NSOnState; }
+bool SuccessFinalPage::Checked() const { return [checkBox_ state] == NSControlStateValueOn; }
 
 DirSelectPage::DirSelectPage(NSView* contentView, NSImage* pageImage, CInstallerDlg* dlg,
                              AppKitWizardWindow* view) {
@@ -192,7 +178,7 @@ DirSelectPage::DirSelectPage(NSView* contentView, NSImage* pageImage, CInstaller
     browse_ = [[[ExtNSButton alloc] initWithFrameAndDlg:ToRect(layout::kBrowseButton)
                                                     dlg:dlg] autorelease];
     browse_->m_view = view;
-    [browse_ setButtonType:NSMomentaryLightButton];
+    [browse_ setButtonType:NSButtonTypeMomentaryLight];
     [browse_ setBezelStyle:static_cast<NSBezelStyle>(11)];
     [browse_ setTitle:@"..."];
     [browse_ setTarget:browse_];
@@ -238,12 +224,12 @@ void ProgressPage::SetStatus(const stdx::u16string& status, std::int32_t percent
 
 AppKitWizardWindow::AppKitWizardWindow(CInstallerDlg& dlg) : dlg_(dlg) {
     const NSRect content = NSMakeRect(0, 0, dlg.width(), dlg.height());
-    window_ =
-        [[ExtNSWindow alloc] initWithContentRectAndDlg:content
-                                             styleMask:NSTitledWindowMask | NSClosableWindowMask
-                                               backing:NSBackingStoreBuffered
-                                                 defer:NO
-                                                   dlg:&dlg];
+    window_ = [[ExtNSWindow alloc]
+        initWithContentRectAndDlg:content
+                        styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
+                          backing:NSBackingStoreBuffered
+                            defer:NO
+                              dlg:&dlg];
     window_->m_view = this;
     [window_ setReleasedWhenClosed:NO];
     [window_ setContentView:[[[Ord8FlippedView alloc] initWithFrame:content] autorelease]];
@@ -272,8 +258,7 @@ AppKitWizardWindow::AppKitWizardWindow(CInstallerDlg& dlg) : dlg_(dlg) {
     for (const ButtonSpec& spec : buttons) {
         ExtNSButton* button = [[[ExtNSButton alloc] initWithFrameAndDlg:ToRect(spec.frame)
                                                                     dlg:&dlg] autorelease];
-        [button setButtonType:NSMomentaryLightButton];
-        [button setBezelStyle:NSRoundedBezelStyle];
+        StyleWizardButton(button);
         [button setTitle:Catalogue(spec.key)];
         [button setTarget:button];
         [button setAction:spec.action];
@@ -281,7 +266,7 @@ AppKitWizardWindow::AppKitWizardWindow(CInstallerDlg& dlg) : dlg_(dlg) {
         *spec.button = button;
     }
     // Return presses Next (and Finish), as in every wizard.
-    [nextButton_ setKeyEquivalent:@"\r"];
+    MakeDefaultButton(nextButton_);
     pageImage_ = [ImageFrom(SideImage()) retain];
     [window_ makeKeyAndOrderFront:nil];
 }
@@ -370,7 +355,7 @@ std::uint32_t AppKitWizardWindow::ShowMessageBox(const stdx::u16string& text, st
 
 LoopEvent AppKitWizardWindow::PumpEvent(std::int32_t milliseconds) {
     NSEvent* event =
-        [NSApp nextEventMatchingMask:NSAnyEventMask
+        [NSApp nextEventMatchingMask:NSEventMaskAny
                            untilDate:[NSDate dateWithTimeIntervalSinceNow:milliseconds / 1000.0]
                               inMode:NSDefaultRunLoopMode
                              dequeue:YES];

@@ -34,11 +34,12 @@ CInstallerDlg::CInstallerDlg(int argc, char** argv, bool silent, std::string tit
 
 CInstallerDlg::~CInstallerDlg() { StopInstallation(); }
 
-bool CInstallerDlg::Prepare(MessageSink& messages) {
+bool CInstallerDlg::Prepare(MessageSink& messages, const std::optional<stdx::u16string>& kitPath) {
     // Before the directory is proposed: an interrupted pass may still hide the user's
-    // originals there.
-    RecoverInterruptedPasses(config::product_settings_folder(), RecoveryMode::kUndo);
-    if (!PrepareInstallation(session_, messages)) return false;
+    // originals there. Without a home there are no journals, and passes keep none.
+    journalFolder_ = config::existing_settings_folder().value_or(stdx::u16string());
+    if (!journalFolder_.empty()) RecoverInterruptedPasses(journalFolder_, RecoveryMode::kUndo);
+    if (!PrepareInstallation(session_, messages, kitPath)) return false;
     targetDir_ = session_.templates.directory;
     return true;
 }
@@ -140,7 +141,7 @@ void CInstallerDlg::RunProgressLoop() {
     ButtonStates buttons;
     buttons.backEnabled = buttons.nextEnabled = false;
     buttons.backVisible = buttons.nextVisible = !silent_;
-    processData_.SetJob(&session_.installData, targetDir_, config::product_settings_folder());
+    processData_.SetJob(&session_.installData, targetDir_, journalFolder_);
     window_->SetButtons(buttons);
     window_->ShowPage(WizardPage::kProgress, {});
     pageState_ = kStateInstalling;

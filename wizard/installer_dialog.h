@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -42,9 +43,11 @@ class CInstallerDlg {
     CInstallerDlg(const CInstallerDlg&) = delete;
     CInstallerDlg& operator=(const CInstallerDlg&) = delete;
 
-    // Undoes passes an earlier run left interrupted, then prepares the kit; false (the
+    // Undoes passes an earlier run left interrupted, then prepares the kit (found beside
+    // the program, in the working directory, or at `kitPath` when given); false (the
     // user has been told why through `messages`) when the wizard must not start.
-    bool Prepare(MessageSink& messages);
+    bool Prepare(MessageSink& messages,
+                 const std::optional<stdx::u16string>& kitPath = std::nullopt);
     // The window the pages go to; not owned. Set before any Show.
     void AttachWindow(WizardWindow* window) { window_ = window; }
 
@@ -96,6 +99,7 @@ class CInstallerDlg {
     InstallProcessData processData_;
     InstallerSession session_;  // kit path, templates choice, loaded kit
     stdx::u16string targetDir_;
+    stdx::u16string journalFolder_;  // where passes keep their journals; empty: none
     stdx::u16string languageName_;
     std::int32_t pageState_ = kStateNone;
     bool confirmCancel_ = true;

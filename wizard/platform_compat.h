@@ -13,6 +13,30 @@ inline constexpr char kDocumentOpener[] = "xdg-open";
 #if defined(__OBJC__)
 #import <AppKit/AppKit.h>
 
+// The window is written with the names macOS has used since 10.12 (the older ones are
+// deprecated there, and deprecation warnings fail our build); GNUstep 0.29 still lacks
+// some of them, so they are mapped to its older names with the same values.
+#if !defined(__APPLE__)
+#define NSButtonTypeSwitch NSSwitchButton
+#define NSButtonTypeMomentaryLight NSMomentaryLightButton
+#define NSBezelStyleRounded NSRoundedBezelStyle
+#define NSEventMaskAny NSAnyEventMask
+#define NSEventTypeKeyDown NSKeyDown
+#define NSEventTypeLeftMouseDown NSLeftMouseDown
+#define NSEventTypeLeftMouseUp NSLeftMouseUp
+#define NSEventTypeRightMouseDown NSRightMouseDown
+#define NSEventTypeRightMouseUp NSRightMouseUp
+#define NSEventTypeOtherMouseDown NSOtherMouseDown
+#define NSEventTypeOtherMouseUp NSOtherMouseUp
+#define NSEventTypeMouseMoved NSMouseMoved
+#define NSEventTypeLeftMouseDragged NSLeftMouseDragged
+#define NSEventTypeRightMouseDragged NSRightMouseDragged
+#define NSEventTypeOtherMouseDragged NSOtherMouseDragged
+#define NSEventTypeMouseEntered NSMouseEntered
+#define NSEventTypeMouseExited NSMouseExited
+#define NSEventTypeScrollWheel NSScrollWheel
+#endif
+
 // GNUstep's compiler here (g++) has no blocks, so a block-taking call such as the open
 // panel's sheet cannot be written there; macOS's clang has them.
 #if defined(__APPLE__) && defined(__BLOCKS__)
@@ -36,6 +60,10 @@ void PrepareAlertWindow(NSAlert* alert, NSString* title, id delegate);
 // a long message off, and "No information" below it when there is no informative text:
 // there the message goes below, where it wraps, under the dialog's title as heading.
 void SetAlertText(NSAlert* alert, NSString* text, NSString* title);
+
+// Return presses `button`. GNUstep also draws a return-arrow image beside the title of
+// such a button, which would take 16 of its points from the title: it is left out.
+void MakeDefaultButton(NSButton* button);
 
 // The app becomes a regular one with a menu bar and Dock icon. GNUstep has no
 // activation policy; there it hides its separate app-icon window instead.

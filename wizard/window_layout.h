@@ -16,9 +16,11 @@ constexpr double kWindowWidth = 500;
 constexpr double kWindowHeight = 360;
 
 constexpr Frame kSeparator{10, 310, kWindowWidth - 20, 5};
-constexpr Frame kBackButton{230, 320, 80, 30};
-constexpr Frame kNextButton{310, 320, 80, 30};
-constexpr Frame kCancelButton{410, 320, 80, 30};
+// 100 points wide: "Siguiente >", "Abbrechen" or "Скасувати" need more than 80 in a
+// rounded button at the window's font, and no shorter word would be natural there.
+constexpr Frame kBackButton{170, 320, 100, 30};
+constexpr Frame kNextButton{270, 320, 100, 30};
+constexpr Frame kCancelButton{390, 320, 100, 30};
 
 constexpr Frame kSideImage{0, 0, 158, 286};
 constexpr Frame kPageText{170, 10, 318, 286};  // message and prompt

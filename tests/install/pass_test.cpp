@@ -194,6 +194,23 @@ TEST_F(InstallConcurrency, APassThatFailsOrIsStoppedPutsEveryOriginalBack) {
     EXPECT_GE(cancels, 10) << "the pass outran most stops: the cancel went untested";
 }
 
+// The window tests' hold: the pass waits at file 2 with file 1 written until it is
+// stopped, then rolls back as any cancel does.
+TEST_F(InstallConcurrency, AHoldAtAFileWaitsForTheStopAndRollsBack) {
+    ScopedEnvironment hold("ORD8_TEST_HOLD_AT_FILE", "2");
+    Plant(templates + "/f1", "original", kKitSeconds - 9);
+    LoadKit({{u"f1", "kit 1"}, {u"f2", "kit 2"}, {u"f3", "kit 3"}});
+    const Tree before = Snapshot(templates);
+    StartInstallThread(worker, &data);
+    const Status held{kOk, templates + "/f2", 33};
+    ASSERT_TRUE(WaitFor([&](const Status& s) { return s == held; }));
+    EXPECT_EQ(ReadText(templates + "/f1"), "kit 1");
+    StopAndJoinInstallThread(worker);
+    EXPECT_EQ(Published(), (Status{kCancelled, templates + "/f2", 33}));
+    EXPECT_EQ(before, Snapshot(templates));
+    EXPECT_TRUE(NothingLeft());
+}
+
 // Copying stops between two 8 MiB pieces once cancelled; an older, longer file is cut.
 TEST_F(PassTest, WritingStopsAtThe8MiBAfterACancelAndCutsAnOlderLongerFile) {
     const std::string big(20 << 20, 'b'), path = templates + "/big";
@@ -207,28 +224,55 @@ TEST_F(PassTest, WritingStopsAtThe8MiBAfterACancelAndCutsAnOlderLongerFile) {
     EXPECT_EQ(StatOf(path).st_size, 8 << 20);
 }
 
-// On a 1 MiB volume of its own (a child with a private mount table): a kit that cannot
-// fit fails at once with 1013 and changes nothing; one that fits only because the
-// replaced file's backup leaves the volume is installed.
-TEST_F(PassTest, AKitTheVolumeCannotHoldIsRefusedBeforeTheFirstFile) {
-    LoadKit({{u"one", std::string(600 << 10, '1')}, {u"two", std::string(600 << 10, '2')}});
-    std::filesystem::create_directory(templates);
+// Runs `body` in a child with a private mount table and a tmpfs of `size` mounted at
+// `at`: its exit status, 77 when this machine allows no such mount, -1 for another end.
+int WithTmpfsAt(const std::string& at, const std::string& size, const std::function<int()>& body) {
     const pid_t child = fork();
     if (child == 0) {
         if (unshare(CLONE_NEWNS) != 0 ||
-            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) ||
-            mount("ord8", templates.c_str(), "tmpfs", 0, "size=1m") != 0)
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("ord8", at.c_str(), "tmpfs", 0, ("size=" + size).c_str()) != 0)
             _exit(77);
+        _exit(body());
+    }
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// On a 1 MiB volume of its own: a kit that cannot fit fails at once with 1013 and changes
+// nothing; one that fits only because the replaced file's backup leaves the volume is
+// installed.
+TEST_F(PassTest, AKitTheVolumeCannotHoldIsRefusedBeforeTheFirstFile) {
+    LoadKit({{u"one", std::string(600 << 10, '1')}, {u"two", std::string(600 << 10, '2')}});
+    std::filesystem::create_directory(templates);
+    const int status = WithTmpfsAt(templates, "1m", [&] {
         Plant(templates + "/one", std::string(600 << 10, 'o'), 1);
         const Tree before = Snapshot(templates);
         if (RunInstallation(&data) != kCannotWrite ||
             Published() != Status{kCannotWrite, kErrorText, 0} || !(before == Snapshot(templates)))
-            _exit(1);
+            return 1;
         kit.files.resize(1);
-        _exit(RunInstallation(&data) == kOk && ReadText(templates + "/one")[0] == '1' ? 0 : 2);
+        return RunInstallation(&data) == kOk && ReadText(templates + "/one")[0] == '1' ? 0 : 2;
+    });
+    if (status == 77) GTEST_SKIP() << "no private tmpfs mount allowed here";
+    EXPECT_EQ(status, 0) << "1: not refused or the tree changed, 2: a fit failed";
+}
+
+// The backup folder's volume (TMPDIR, 1 MiB) fills up at the third original: the pass
+// fails, and every original is back, the two already moved aside included.
+TEST_F(PassTest, ABackupVolumeThatFillsUpFailsThePassAndPutsEveryOriginalBack) {
+    KitFiles files;
+    for (const std::string name : {"one", "two", "three"}) {
+        files.emplace_back(Name(name), "kit");
+        Plant(templates + "/" + name, std::string(400 << 10, name[0]), 1);
     }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no private tmpfs mount allowed here";
-    EXPECT_EQ(WEXITSTATUS(status), 0) << "1: not refused or the tree changed, 2: a fit failed";
+    LoadKit(files);
+    const Tree before = Snapshot(templates);
+    const int status = WithTmpfsAt(scratch.tmp, "1m", [&] {
+        const ResultCode code = RunInstallation(&data);
+        if (code == kOk || Published() != Status{code, kErrorText, 66}) return 1;
+        return before == Snapshot(templates) ? NothingLeft() ? 0 : 3 : 2;
+    });
+    if (status == 77) GTEST_SKIP() << "no private tmpfs mount allowed here";
+    EXPECT_EQ(status, 0) << "1: not failed at the third file, 2: an original lost, 3: traces left";
 }

@@ -119,6 +119,13 @@ struct FileSizeLimit {
     rlimit saved{};
 };
 
+// Built with sanitizers (ORD8_SANITIZE): tests that repeat random cases run fewer rounds.
+#ifdef ORD8_SANITIZED
+constexpr bool kSanitizedBuild = true;
+#else
+constexpr bool kSanitizedBuild = false;
+#endif
+
 // The user id permission tests act as: root is not stopped by permissions.
 constexpr uid_t kNobody = 65534;
 
