@@ -11,7 +11,9 @@ of each: python3 harness.py OUT_DIR [--lang CODE] [--for-real].
 """
 
 import argparse
+import ctypes
 import os
+import re
 import select
 import shutil
 import signal
@@ -30,17 +32,52 @@ SAMPLE_TREE = SOURCE / "examples" / "sample-kit" / "templates"
 TIMEOUT = float(os.environ.get("ORD8_WINDOW_TIMEOUT", "20"))
 
 TITLE = "Installing configuration"
-SIZE = (500, 360)
-# Centres of the controls, in the window's content (origin top left).
-BACK, NEXT, CANCEL = (270, 335), (350, 335), (450, 335)
-PATH_FIELD, BROWSE, OPEN_DESCRIPTION = (310, 290), (475, 290), (180, 180)
+
+
+def read_layout(header=SOURCE / "wizard" / "window_layout.h"):
+    """The window's frames {name: (x, y, width, height)}, from where the window takes
+    them, so that the clicks follow the controls when they move."""
+    text = header.read_text()
+    names = {k: float(v) for k, v in re.findall(r"constexpr double (k\w+) = ([\d.]+);", text)}
+
+    def value(field):  # sums and differences of numbers and those names
+        total, sign = 0.0, 1
+        for token in re.findall(r"[-+]|[\w.]+", field):
+            if token in "-+":
+                sign = -1 if token == "-" else 1
+            else:
+                total += sign * (names[token] if token in names else float(token))
+        return int(total)
+    frames = {name: tuple(value(field) for field in fields.split(","))
+              for name, fields in re.findall(r"constexpr Frame k(\w+)\{([^}]*)\}", text)}
+    frames["Window"] = (0, 0, value("kWindowWidth"), value("kWindowHeight"))
+    return frames
+
+
+LAYOUT = read_layout()
+SIZE = LAYOUT["Window"][2:]
+
+
+def centre(name):
+    x, y, width, height = LAYOUT[name]
+    return x + width // 2, y + height // 2
+
+
+BACK, NEXT, CANCEL = centre("BackButton"), centre("NextButton"), centre("CancelButton")
+PATH_FIELD, BROWSE = centre("PathField"), centre("BrowseButton")
+OPEN_DESCRIPTION = (LAYOUT["OpenDescriptionBox"][0] + 10, centre("OpenDescriptionBox")[1])
 # A box's buttons sit at its bottom right: offsets from that corner. The folder
 # panel's Cancel sits where No does.
 YES, NO = OK, PANEL_CANCEL = (-42, -21), (-126, -21)
 # Where a page has ink on the white window (x, y, width, height): only the progress page
-# lacks the side image, only the directory page has the path field, and so on.
-MARKS = {"side image": (20, 200, 120, 60), "path field": (170, 280, 3, 20),
-         "check box": (172, 172, 14, 16), "back button": (235, 333, 70, 4)}
+# lacks the side image, only the directory page has the path field, only the success page
+# the check box, and the final pages hide Back.
+_side, _path = LAYOUT["SideImage"], LAYOUT["PathField"]
+_box, _back = LAYOUT["OpenDescriptionBox"], LAYOUT["BackButton"]
+MARKS = {"side image": (_side[0] + 20, _side[3] - 80, _side[2] - 40, 60),
+         "path field": (_path[0], _path[1] + 5, 3, 20),
+         "check box": (_box[0] + 2, _box[1] + 2, 14, 16),
+         "back button": (_back[0] + 5, _back[1] + 13, _back[2] - 10, 4)}
 DEFAULT_DIR = ".ord8/Tavri/tavri8/tmplts"  # proposed under HOME when nothing is remembered
 LAUNCHER = ".Tavri/ostart/ostart.cfg"
 KIT_TIME, OLD_TIME = 1_700_000_000, 1_000_000_000
@@ -57,6 +94,16 @@ def wait_for(what, probe, timeout=TIMEOUT):
         if time.monotonic() > deadline:
             raise TimeoutError(f"timed out after {timeout:g} s waiting for {what}")
         time.sleep(0.05)
+
+
+def die_with_us():
+    """Run in each child before it starts: SIGTERM when the harness ends, however it
+    ends (a killed test leaves no display, daemon or installer behind)."""
+    ctypes.CDLL(None).prctl(1, signal.SIGTERM)  # PR_SET_PDEATHSIG
+
+
+def spawn(command, **options):
+    return subprocess.Popen(command, stdin=DEVNULL, preexec_fn=die_with_us, **options)
 
 
 def stop(process, sig=signal.SIGTERM):
@@ -103,7 +150,7 @@ class Display:
         read, write = os.pipe()
         # -noreset: a server that resets whenever its last client leaves refuses the
         # installer's connection for that moment.
-        self.children = [subprocess.Popen(
+        self.children = [spawn(
             ["Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten",
              "tcp", "-noreset"], pass_fds=[write], stdout=DEVNULL, stderr=DEVNULL)]
         os.close(write)
@@ -117,9 +164,8 @@ class Display:
         # Started here, or the first installer would start them with no one to end them.
         for daemon in ("gdnc", "gpbs"):
             if shutil.which(daemon):
-                self.children.append(subprocess.Popen(
-                    [daemon, "--daemon"], env=self.env, stdin=DEVNULL,
-                    stdout=DEVNULL, stderr=DEVNULL))
+                self.children.append(spawn([daemon, "--daemon"], env=self.env,
+                                           stdout=DEVNULL, stderr=DEVNULL))
 
     def _read_number(self, fd):
         text = b""
@@ -284,8 +330,7 @@ class Setup:
         self.display = sandbox.display
         self.log = sandbox.root / "setup.log"
         with open(self.log, "ab") as log:
-            self.process = subprocess.Popen(command, cwd=sandbox.cwd, env=env,
-                                            stdin=DEVNULL, stdout=log, stderr=log)
+            self.process = spawn(command, cwd=sandbox.cwd, env=env, stdout=log, stderr=log)
 
     def _find(self, what, test):
         def probe():

@@ -69,7 +69,7 @@ class Startup(h.WindowTest):
         h.write_tree(target, {"a.txt": b"old a"}, h.OLD_TIME)
         before = h.read_tree(target)
         h.pack({"a.txt": b"new a", "b.txt": b"new b"}, user.cwd / "ord8.dkz")
-        killed = subprocess.Popen(
+        killed = h.spawn(
             [h.KITTOOL, "install", user.cwd / "ord8.dkz", target, "--no-remember"],
             env=dict(user.env, ORD8_TEST_HOLD_AT_FILE="2"), stdout=h.DEVNULL,
             stderr=h.DEVNULL)
