@@ -36,6 +36,10 @@ cp build/examples/ord8.dkz "$work/"
 if [ ${#for_real[@]} -eq 0 ]; then
   mkdir "$work/home" "$work/tmp"
   export HOME=$work/home TMPDIR=$work/tmp
+  # GNUstep finds the user's folder without HOME; its defaults go here instead.
+  echo "GNUSTEP_USER_DEFAULTS_DIR=$work/defaults" > "$work/gnustep.conf"
+  chmod 600 "$work/gnustep.conf"
+  export GNUSTEP_CONFIG_FILE=$work/gnustep.conf
   echo "== scratch HOME and TMPDIR in $work (removed afterwards)"
 fi
 echo "== ord8-setup in display $DISPLAY"

@@ -13,8 +13,8 @@ of each: python3 harness.py OUT_DIR [--lang CODE] [--for-real].
 import argparse
 import ctypes
 import os
+import random
 import re
-import select
 import shutil
 import signal
 import subprocess
@@ -35,22 +35,13 @@ TITLE = "Installing configuration"
 
 
 def read_layout(header=SOURCE / "wizard" / "window_layout.h"):
-    """The window's frames {name: (x, y, width, height)}, from where the window takes
-    them, so that the clicks follow the controls when they move."""
+    """The controls' frames {name: (x, y, width, height)} and the window's size, from
+    where the window takes them, so that the clicks follow the controls."""
     text = header.read_text()
-    names = {k: float(v) for k, v in re.findall(r"constexpr double (k\w+) = ([\d.]+);", text)}
-
-    def value(field):  # sums and differences of numbers and those names
-        total, sign = 0.0, 1
-        for token in re.findall(r"[-+]|[\w.]+", field):
-            if token in "-+":
-                sign = -1 if token == "-" else 1
-            else:
-                total += sign * (names[token] if token in names else float(token))
-        return int(total)
-    frames = {name: tuple(value(field) for field in fields.split(","))
-              for name, fields in re.findall(r"constexpr Frame k(\w+)\{([^}]*)\}", text)}
-    frames["Window"] = (0, 0, value("kWindowWidth"), value("kWindowHeight"))
+    frames = {name: tuple(int(float(f)) for f in fields.split(",")) for name, fields in
+              re.findall(r"constexpr Frame k(\w+)\{([\d., ]+)\}", text)}
+    size = dict(re.findall(r"constexpr double kWindow(\w+) = ([\d.]+);", text))
+    frames["Window"] = (0, 0, int(float(size["Width"])), int(float(size["Height"])))
     return frames
 
 
@@ -147,17 +138,8 @@ class Display:
 
     def __init__(self):
         self.scratch = Path(tempfile.mkdtemp(prefix="ord8-window-"))
-        read, write = os.pipe()
-        # -noreset: a server that resets whenever its last client leaves refuses the
-        # installer's connection for that moment.
-        self.children = [spawn(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1024x768x24", "-nolisten",
-             "tcp", "-noreset"], pass_fds=[write], stdout=DEVNULL, stderr=DEVNULL)]
-        os.close(write)
-        try:
-            number = self._read_number(read)
-        finally:
-            os.close(read)
+        self.children = []
+        number = self._start_xvfb()
         self.env = {k: v for k, v in os.environ.items()
                     if not k.startswith(("LC_", "LANG", "GNUSTEP_", "ORD8_TEST_"))}
         self.env.update(DISPLAY=f":{number}", **gnustep_env(self.scratch))
@@ -167,20 +149,31 @@ class Display:
                 self.children.append(spawn([daemon, "--daemon"], env=self.env,
                                            stdout=DEVNULL, stderr=DEVNULL))
 
-    def _read_number(self, fd):
-        text = b""
-        deadline = time.monotonic() + TIMEOUT
-        while not text.endswith(b"\n"):
-            left = deadline - time.monotonic()
-            if left <= 0 or not select.select([fd], [], [], left)[0]:
-                self.close()
-                raise TimeoutError("timed out waiting for Xvfb to report its display")
-            chunk = os.read(fd, 16)
-            if not chunk:
-                self.close()
-                raise RuntimeError("Xvfb ended before it reported its display")
-            text += chunk
-        return int(text)
+    def _start_xvfb(self):
+        """Starts Xvfb on a free display number and returns the number. Given the
+        number, Xvfb takes the display's lock file or ends when it is taken; left to
+        pick one itself (-displayfd) it takes no lock, and two starting at once delete
+        each other's socket. Numbers with a socket are skipped for the same reason."""
+        for number in random.sample(range(200, 900), 20):
+            if Path(f"/tmp/.X11-unix/X{number}").exists():
+                continue
+            # -noreset: a server that resets whenever its last client leaves refuses
+            # the installer's connection for that moment.
+            xvfb = spawn(["Xvfb", f":{number}", "-screen", "0", "1024x768x24", "-nolisten",
+                          "tcp", "-noreset"], stdout=DEVNULL, stderr=DEVNULL)
+            self.children.append(xvfb)
+            env = dict(os.environ, DISPLAY=f":{number}")
+
+            def state():
+                if xvfb.poll() is not None:
+                    return "taken"
+                probe = subprocess.run(["xdotool", "getdisplaygeometry"], env=env,
+                                       capture_output=True)
+                return "up" if probe.returncode == 0 else None
+            if wait_for(f"Xvfb :{number} to take connections", state) == "up":
+                return number
+        self.close()
+        raise RuntimeError("no free X display number found")
 
     def close(self):
         for child in reversed(self.children):
@@ -273,11 +266,13 @@ class Display:
 
 
 def gnustep_env(folder):
-    """GNUstep keeps its defaults and config here, not in the user's."""
+    """GNUstep keeps its defaults here, not in the user's. It takes the folder only from
+    a config file (GNUSTEP_USER_DEFAULTS_DIR in the environment is ignored), and only
+    from one no one else may write."""
     config = Path(folder, "gnustep.conf")
-    config.touch(mode=0o600)  # a file others may write is ignored, with a warning
-    return {"GNUSTEP_USER_DEFAULTS_DIR": str(Path(folder, "defaults")),
-            "GNUSTEP_CONFIG_FILE": str(config)}
+    config.write_text(f"GNUSTEP_USER_DEFAULTS_DIR={Path(folder, 'defaults')}\n")
+    config.chmod(0o600)
+    return {"GNUSTEP_CONFIG_FILE": str(config)}
 
 
 class Sandbox:
