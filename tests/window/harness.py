@@ -124,6 +124,14 @@ def read_tree(folder):
             for p in sorted(root.rglob("*"))}
 
 
+def contents(path):
+    """The file's bytes, or None while it is not there (a pass moves files aside)."""
+    try:
+        return Path(path).read_bytes()
+    except FileNotFoundError:
+        return None
+
+
 def pack(tree, kit):
     """Packs tree into kit with ord8kit (no products: the wizard's defaults show)."""
     source = Path(str(kit) + ".src")

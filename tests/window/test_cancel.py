@@ -65,7 +65,7 @@ class Cancel(h.WindowTest):
         self.display.wait_page(wid, "directory")
         self.display.key(wid, "Return")
         h.wait_for("the pass to hold before c.txt",
-                   lambda: h.read_tree(self.target).get("b.txt") == b"new b")
+                   lambda: h.contents(self.target / "b.txt") == b"new b")
         self.assertEqual(self.display.page(wid), "progress")
         return setup, wid
 

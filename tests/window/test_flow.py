@@ -15,7 +15,8 @@ class Flow(h.WindowTest):
 
     def test_typed_path_then_the_remembered_one_with_its_description(self):
         d, user = self.display, self.user
-        target = user.root / "typed dir" / "tmplts"
+        # A shell would split this name or run what it holds; nothing may hand it to one.
+        target = user.root / "it's $(touch pwned) & dir" / "tmplts"
         setup = self.start()
         wid = setup.window(h.TITLE)
         d.click(wid, h.NEXT)

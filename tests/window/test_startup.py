@@ -4,7 +4,6 @@ an earlier run left halfway."""
 import os
 import shutil
 import signal
-import subprocess
 import unittest
 
 import harness as h
@@ -75,7 +74,7 @@ class Startup(h.WindowTest):
             stderr=h.DEVNULL)
         self.addCleanup(h.stop, killed, signal.SIGKILL)
         h.wait_for("ord8kit to replace a.txt and hold",
-                   lambda: (target / "a.txt").read_bytes() == b"new a")
+                   lambda: h.contents(target / "a.txt") == b"new a")
         h.stop(killed, signal.SIGKILL)
         self.assertEqual(len(user.journals()), 1)
         setup = self.start()
