@@ -186,7 +186,24 @@ class Display:
     def close(self):
         for child in reversed(self.children):
             stop(child)
+        # An installer that found no gdnc (another display's had the name and ended)
+        # starts one itself, which outlives it: every process whose environment names
+        # this display's scratch folder is ours to end.
+        for pid in self.strays():
+            os.kill(pid, signal.SIGTERM)
+        wait_for("the installers' own daemons to end", lambda: not self.strays())
         shutil.rmtree(self.scratch, ignore_errors=True)
+
+    def strays(self):
+        mark = str(self.scratch).encode()
+        found = []
+        for entry in Path("/proc").iterdir():
+            try:
+                if entry.name.isdigit() and mark in (entry / "environ").read_bytes():
+                    found.append(int(entry.name))
+            except OSError:  # gone, or not ours to read
+                pass
+        return found
 
     def __enter__(self):
         return self
