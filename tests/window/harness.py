@@ -141,7 +141,17 @@ def pack(tree, kit):
     shutil.rmtree(source)
 
 
-class Display:
+class Closing:
+    """`with` ends it by close()."""
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *exc):
+        self.close()
+
+
+class Display(Closing):
     """An Xvfb display with GNUstep's daemons, all ended by close()."""
 
     def __init__(self):
@@ -204,12 +214,6 @@ class Display:
             except OSError:  # gone, or not ours to read
                 pass
         return found
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *exc):
-        self.close()
 
     def xdo(self, *args, result=False):
         done = subprocess.run(["xdotool", *map(str, args)], env=self.env, stdin=DEVNULL,
@@ -343,7 +347,7 @@ class Sandbox:
         return sorted((self.home / ".ord8").glob("o8journal-*"))
 
 
-class Setup:
+class Setup(Closing):
     """One running ord8-setup, killed at close() when it is still running."""
 
     def __init__(self, sandbox, command, env):
@@ -388,12 +392,6 @@ class Setup:
 
     def close(self):
         stop(self.process, signal.SIGKILL)
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *exc):
-        self.close()
 
 
 def walk(display, sandbox, shoot, lang="en"):
