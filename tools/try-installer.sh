@@ -3,7 +3,7 @@
 # (.ci/setup), builds ord8-setup and the sample kit, and starts the installer on it.
 # With a display ($DISPLAY) the window opens there and you click through it. Without
 # one it runs under Xvfb and walks every page by itself as a user would
-# (tests/window/harness.py), saving a screenshot of each page.
+# (tools/window_driver.py), saving a screenshot of each page.
 #
 # A scratch HOME and TMPDIR are used, so the real templates folder and launcher file
 # (~/.Tavri/ostart/ostart.cfg) stay as they are; --for-real uses the real ones.
@@ -26,7 +26,7 @@ cmake --build build --target ord8-setup ord8kit ord8_sample_kit
 
 if [ -z "${DISPLAY:-}" ]; then
   echo "== no display: ord8-setup walks its pages under Xvfb; screenshots in $shots/"
-  exec python3 tests/window/harness.py "$shots" --lang "$lang" "${for_real[@]}"
+  exec python3 tools/window_driver.py "$shots" --lang "$lang" "${for_real[@]}"
 fi
 
 setup=$PWD/build/ord8-setup

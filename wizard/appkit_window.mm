@@ -174,6 +174,9 @@ DirSelectPage::DirSelectPage(NSView* contentView, NSImage* pageImage, CInstaller
     NSTextField* label = Add(contentView, MakeLabel(layout::kDirectoryLabel, false));
     [label setStringValue:Catalogue("IDS_TEMPLATE_CATALOG")];
     path_ = [[[NSTextField alloc] initWithFrame:ToRect(layout::kPathField)] autorelease];
+    // A long path scrolls in its one line instead of wrapping out of sight.
+    [[path_ cell] setWraps:NO];
+    [[path_ cell] setScrollable:YES];
     Add(contentView, path_);
     browse_ = [[[ExtNSButton alloc] initWithFrameAndDlg:ToRect(layout::kBrowseButton)
                                                     dlg:dlg] autorelease];
@@ -199,6 +202,11 @@ void DirSelectPage::Browse() {
     [panel setCanChooseDirectories:YES];
     [panel setCanCreateDirectories:NO];
     [panel setAllowsMultipleSelection:NO];
+    // The panel opens where the field points, not in the working directory.
+    NSString* typed = [[path_ stringValue] stringByExpandingTildeInPath];
+    BOOL isFolder = NO;
+    if ([[NSFileManager defaultManager] fileExistsAtPath:typed isDirectory:&isFolder] && isFolder)
+        [panel setDirectoryURL:[NSURL fileURLWithPath:typed]];
     RunFolderPanel(panel, [path_ window], BrowseFinished, this);
 }
 
@@ -324,6 +332,10 @@ void AppKitWizardWindow::ShowPage(WizardPage page, const stdx::u16string& text) 
             SetCurrentPage(errorPage_);
             break;
     }
+    // The focus ring goes to Next (Finish) on the pages without a field, not to the
+    // first button, which is a disabled or hidden Back there.
+    const bool nextUsable = ![nextButton_ isHidden] && [nextButton_ isEnabled];
+    if (page != WizardPage::kDirectory) [window_ makeFirstResponder:nextUsable ? nextButton_ : nil];
     [window_ display];
 }
 

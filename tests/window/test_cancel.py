@@ -3,7 +3,7 @@ exit status 0, and the templates folder exactly as it was whenever nothing succe
 
 import unittest
 
-import harness as h
+import window_driver as h
 
 KIT = {"a.txt": b"new a", "b.txt": b"new b", "c.txt": b"new c"}
 

@@ -2,7 +2,7 @@
 
 import unittest
 
-import harness as h
+import window_driver as h
 
 
 class Flow(h.WindowTest):

@@ -6,7 +6,7 @@ import shutil
 import signal
 import unittest
 
-import harness as h
+import window_driver as h
 
 DE = "Installation der Konfiguration"
 

@@ -7,7 +7,7 @@ the kit, a recording xdg-open first on PATH); a Setup is one running ord8-setup.
 Every wait polls a condition within a bound and names it when it gives up.
 
 Run as a script, it walks the sample kit through every page and saves a screenshot
-of each: python3 harness.py OUT_DIR [--lang CODE] [--for-real].
+of each: python3 tools/window_driver.py OUT_DIR [--lang CODE] [--for-real].
 """
 
 import argparse
@@ -23,7 +23,7 @@ import time
 import unittest
 from pathlib import Path
 
-SOURCE = Path(__file__).resolve().parents[2]
+SOURCE = Path(__file__).resolve().parents[1]
 BUILD = Path(os.environ.get("ORD8_BINARY_DIR", SOURCE / "build"))
 SETUP = Path(os.environ.get("ORD8_SETUP", BUILD / "ord8-setup"))
 KITTOOL = Path(os.environ.get("ORD8KIT", BUILD / "tools" / "ord8kit"))
@@ -88,7 +88,7 @@ def wait_for(what, probe, timeout=TIMEOUT):
 
 
 def die_with_us():
-    """Run in each child before it starts: SIGTERM when the harness ends, however it
+    """Run in each child before it starts: SIGTERM when the driver ends, however it
     ends (a killed test leaves no display, daemon or installer behind)."""
     ctypes.CDLL(None).prctl(1, signal.SIGTERM)  # PR_SET_PDEATHSIG
 

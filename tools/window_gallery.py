@@ -1,14 +1,14 @@
 """The translators' gallery: every page of ord8-setup and its cancel question in all
 sixteen interface languages, as OUT/<lang>-<page>.png (default OUT: build/screenshots),
 with OUT/index.html showing them side by side, a row per page and a column per
-language. Usage: gallery.py [OUT]
+language. Usage: window_gallery.py [OUT]
 """
 
 import html
 import sys
 from pathlib import Path
 
-import harness as h
+import window_driver as h
 
 LANGUAGES = "ru uk en lv lt ro de bg ka kk vi tr el es hy it".split()
 PAGES = ["welcome", "directory", "progress", "success", "error", "cancel"]
