@@ -196,22 +196,6 @@ TEST_F(InstallConcurrency, APassThatFailsOrIsStoppedPutsEveryOriginalBack) {
 
 // The window tests' hold: the pass waits at file 2 with file 1 written until it is
 // stopped, then rolls back as any cancel does.
-TEST_F(InstallConcurrency, AHoldAtAFileWaitsForTheStopAndRollsBack) {
-    ScopedEnvironment hold("ORD8_TEST_HOLD_AT_FILE", "2");
-    Plant(templates + "/f1", "original", kKitSeconds - 9);
-    LoadKit({{u"f1", "kit 1"}, {u"f2", "kit 2"}, {u"f3", "kit 3"}});
-    const Tree before = Snapshot(templates);
-    StartInstallThread(worker, &data);
-    const Status held{kOk, templates + "/f2", 33};
-    ASSERT_TRUE(WaitFor([&](const Status& s) { return s == held; }));
-    EXPECT_EQ(ReadText(templates + "/f1"), "kit 1");
-    StopAndJoinInstallThread(worker);
-    EXPECT_EQ(Published(), (Status{kCancelled, templates + "/f2", 33}));
-    EXPECT_EQ(before, Snapshot(templates));
-    EXPECT_TRUE(NothingLeft());
-}
-
-// Copying stops between two 8 MiB pieces once cancelled; an older, longer file is cut.
 TEST_F(PassTest, WritingStopsAtThe8MiBAfterACancelAndCutsAnOlderLongerFile) {
     const std::string big(20 << 20, 'b'), path = templates + "/big";
     LoadKit({{u"big", big}});

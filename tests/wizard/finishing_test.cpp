@@ -86,28 +86,4 @@ TEST(OpenDocument, StartsTheOpenerDetachedWithOneArgument) {
     EXPECT_FALSE(OpenDocument(document.c_str()));
 }
 
-TEST(MessageBox, TypesGiveLookAndAnswers) {
-    const struct {
-        std::uint32_t type;
-        MessageIcon icon;
-        MessageStyle style;
-        std::uint32_t first, second, other;
-    } cases[] = {
-        {kMessageInformation, MessageIcon::kNone, MessageStyle::kInformational, kAnswerOk, 0, 0},
-        {kMessageError, MessageIcon::kError, MessageStyle::kCritical, kAnswerOk, 0, 0},
-        {kMessageQuestion, MessageIcon::kQuestion, MessageStyle::kWarning, kAnswerYes, kAnswerNo,
-         0},
-        {0x0000002, MessageIcon::kNone, MessageStyle::kInformational, kAnswerYes, kAnswerNo, 0},
-        {0x3000001, MessageIcon::kNone, MessageStyle::kInformational, kAnswerOk, 0, 0},
-    };
-    for (const auto& c : cases) {
-        const MessageBoxLook look = LookOf(c.type);
-        EXPECT_EQ(c.icon, look.icon) << std::hex << c.type;
-        EXPECT_EQ(c.style, look.style) << std::hex << c.type;
-        EXPECT_EQ(c.first, AnswerOf(c.type, 0)) << std::hex << c.type;
-        EXPECT_EQ(c.second, AnswerOf(c.type, 1)) << std::hex << c.type;
-        EXPECT_EQ(c.other, AnswerOf(c.type, -1)) << std::hex << c.type;
-    }
-}
-
 }  // namespace

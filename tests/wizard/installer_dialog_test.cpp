@@ -88,55 +88,6 @@ using WizardConcurrency = WizardTest;
 
 const KitFiles kKit = {{u"a.dt", "new a"}, {u"docs\\readme.txt", "read me"}, {u"new.dt", "new"}};
 
-TEST_F(WizardTest, PagesAndButtonsFollowNextAndBack) {
-    Start(kKit);
-    EXPECT_EQ(kStateWelcome, dlg->pageState());
-    EXPECT_EQ(Utf8(LoadString("IDS_WELCOME_TITLE")) + " P-en (Tavri).", window.pageText);
-    EXPECT_FALSE(window.buttons.backEnabled);
-    dlg->OnBack();
-    EXPECT_EQ(kStateWelcome, dlg->pageState());
-
-    dlg->OnNext();
-    EXPECT_EQ(WizardPage::kDirectory, window.page);
-    EXPECT_EQ(home + "/.ord8/Tavri/tavri8/tmplts/", window.pageText);  // proposed
-    EXPECT_TRUE(window.buttons.backEnabled && window.buttons.nextEnabled);
-    dlg->OnBack();
-    EXPECT_EQ(WizardPage::kWelcome, window.page);
-    dlg->OnNext();
-    EXPECT_EQ(kStateDirectory, dlg->pageState());
-}
-
-TEST_F(WizardTest, CancelAndEscapeCloseOnlyOnYes) {
-    Start(kKit);
-    for (auto action : {&CInstallerDlg::OnCancel, &CInstallerDlg::OnEscape}) {
-        window.answers = {kAnswerNo};
-        (dlg.get()->*action)();
-        EXPECT_FALSE(window.closed);
-        window.answers = {kAnswerYes};
-        (dlg.get()->*action)();
-        EXPECT_TRUE(window.closed);
-        window.closed = false;
-    }
-    ASSERT_EQ(4u, window.boxes.size());
-    EXPECT_EQ(std::make_pair(Utf8(LoadString("IDS_ACCEPT_CANCEL")), kMessageQuestion),
-              window.boxes[0]);
-}
-
-TEST_F(WizardTest, EmptyOrRelativePathIsRefusedAndNothingHappens) {
-    Start(kKit);
-    dlg->OnNext();
-    const Tree before = Snapshot(user.templates);
-    for (const char* typed : {"", "templates", "./t", "..\\t"}) {
-        window.typed = typed;
-        dlg->OnNext();
-        EXPECT_EQ(kStateDirectory, dlg->pageState()) << typed;
-    }
-    ASSERT_EQ(4u, window.boxes.size());
-    EXPECT_EQ(std::make_pair(Utf8(LoadString("IDS_SETUP_EMPTYTARGET")), kMessageInformation),
-              window.boxes[0]);
-    EXPECT_EQ(before, Snapshot(user.templates));
-}
-
 TEST_F(WizardConcurrency, InstallEndsOnSuccessPageAndRemembersTheDirectory) {
     Start(kKit);
     dlg->OnNext();
