@@ -80,6 +80,8 @@ class CInstallerDlg {
     std::pair<stdx::u16string, stdx::u16string> FindProductNames(
         const stdx::u16string& language) const;
 
+    int argc() const { return argc_; }
+    char** argv() const { return argv_; }
     bool silent() const { return silent_; }
     std::int32_t pageState() const { return pageState_; }
     const std::string& title() const { return title_; }
