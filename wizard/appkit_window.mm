@@ -1,5 +1,7 @@
 #include "wizard/appkit_window.h"
 
+#include <cstring>
+
 #include "app/string_catalogue.h"
 #include "assets/page_images.h"
 #include "text/utf8.h"

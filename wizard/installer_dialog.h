@@ -1,8 +1,9 @@
-// wizard: CInstallerDlg is the installer's controller. It owns the run (the prepared
-// kit, the worker and its shared record, the chosen directory) and decides, in plain
-// C++, what each page shows and what Back, Next, Cancel, Escape and Finish do in each
-// page state; the window behind WizardWindow only shows views and reports events. It
-// never touches views itself, so tests drive it through a recording window.
+// wizard: the installer's pages and what the user does on them. CInstallerDlg, the
+// controller, owns the run (the prepared kit, the worker and its shared record, the
+// chosen directory) and decides in plain C++ what each page shows and what Back, Next,
+// Cancel, Escape and Finish do in each page state; the window behind WizardWindow (on
+// AppKit: wizard/appkit_window.h) only shows views and reports events. It never
+// touches views itself, so tests drive it through a recording window.
 //
 // Threads: main thread only. The worker it starts reads the kit and the shared record;
 // StopInstallation (also run by the destructor) stops and joins the worker, and every
