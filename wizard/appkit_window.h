@@ -10,6 +10,7 @@
 
 #include "kit/message_sink.h"
 #include "text/string.h"
+#include "wizard/appkit_controls.h"
 #include "wizard/platform_compat.h"
 #include "wizard/wizard_window.h"
 
@@ -163,7 +164,3 @@ class AlertMessages : public MessageSink {
   private:
     std::string title_;
 };
-
-// UTF-16 text as an autoreleased NSString, and back.
-NSString* ToNSString(const stdx::u16string& text);
-stdx::u16string FromNSString(NSString* text);

@@ -1,10 +1,7 @@
 #include "wizard/appkit_window.h"
 
-#include <cstring>
-
 #include "app/string_catalogue.h"
 #include "assets/page_images.h"
-#include "text/utf8.h"
 #include "wizard/appkit_controls.h"
 #include "wizard/installer_dialog.h"
 #include "wizard/message_box.h"
@@ -56,18 +53,6 @@ void BrowseFinished(NSOpenPanel* panel, NSInteger result, void* context) {
 }
 
 }  // namespace
-
-NSString* ToNSString(const stdx::u16string& text) {
-    const stdx::mbstring utf8 = stdx::encode_utf8(text.data(), text.size());
-    return [NSString stringWithUTF8String:utf8.c_str()];
-}
-
-stdx::u16string FromNSString(NSString* text) {
-    stdx::u16string out;
-    const char* utf8 = [text UTF8String];
-    if (utf8 != nullptr) stdx::decode_utf8(utf8, std::strlen(utf8), out);
-    return out;
-}
 
 @implementation Ord8FlippedView
 - (BOOL)isFlipped {

@@ -20,6 +20,7 @@
 #include "kit/installer_session.h"
 #include "kit/message_sink.h"
 #include "text/string.h"
+#include "wizard/window_layout.h"
 #include "wizard/wizard_window.h"
 
 // Page states; their numbers are the ones the installer has always used.
@@ -108,8 +109,8 @@ class CInstallerDlg {
     bool confirmCancel_ = true;
     int argc_;
     char** argv_;
-    std::int32_t width_ = 500;
-    std::int32_t height_ = 360;
+    std::int32_t width_ = static_cast<std::int32_t>(layout::kWindowWidth);
+    std::int32_t height_ = static_cast<std::int32_t>(layout::kWindowHeight);
     std::string title_;
     WizardWindow* window_ = nullptr;
     InstallThread installThread_;

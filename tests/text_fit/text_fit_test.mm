@@ -17,11 +17,6 @@ namespace {
 // to spare. Only the text grows with the font, not the bezel around it.
 constexpr double kMargin = 1.1;
 
-NSString* ToNSString(const stdx::u16string& text) {
-    return [NSString stringWithCharacters:reinterpret_cast<const unichar*>(text.data())
-                                   length:text.size()];
-}
-
 NSControl* MakeWizardButton(const Frame& frame) {
     NSButton* button = [[[NSButton alloc] initWithFrame:ToRect(frame)] autorelease];
     StyleWizardButton(button);
